@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+class ModbusClient;
+class QModbusReply;
+
+/// Command words of the binary channel.
+enum BinaryCommand : quint16 {
+    CmdReadValue = 0xA000,  ///< the answer carries a 32-bit value
+    CmdWriteBlock = 0xA001, ///< p1, p2: low and high half of the byte offset; payload: the block
+    CmdImageCrc = 0xA002,   ///< p1: CRC-16/MODBUS of the whole image
+    CmdFinish = 0xA003,     ///< plus the processor's IdCPU; p1, p2: low and high half of the image size
+};
+
+/// One connection to one board, for one step of the work. Every call sends, then processes the program's
+/// events until the answer is there, a limit of g_timeLimits has passed, or g_stopRequested is set; so any
+/// slot of the program may run inside a call. Failures go to the log and come back as false.
+class TcpModbus : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Connects nothing yet. `serverAddress` is the Modbus unit address.
+    TcpModbus(QObject* parent, const QString& host, int port, int serverAddress);
+    ~TcpModbus() override;
+
+    /// True when connected on return. Ten attempts; a stop request is seen after each of them.
+    bool Connect();
+    /// Sends a text command such as "VER ?;" (the caller writes the ";") and stores the answer line, one
+    /// character per byte, in `reply`; on failure `reply` is left as it was.
+    bool StrCommand(const QString& command, QString& reply);
+    /// Sends a binary command; `payload` counts for CmdWriteBlock only. A failed or missing answer to the
+    /// bare word CmdFinish is success: a board with the one processor 0 may restart before it answers.
+    bool BinCommand(quint16 command, quint16 p1, quint16 p2, QByteArray payload);
+    /// Writes a whole image in blocks of at most `blockLimit` - 4 bytes, then its CRC, then closes the
+    /// transfer for the processor `type` (IdCPU). The first failure or a stop request ends it with false.
+    bool WriteFirmware(const QByteArray& image, int type, quint32 blockLimit);
+
+    /// CRC-16/MODBUS (MODBUS over Serial Line, appendix B) of `data`, continued from `init`; 0xFFFF starts.
+    static quint16 Crc16(quint16 init, const QByteArray& data);
+
+    /// Closes the connection at once and ends a call that is waiting with false. For work that starts in
+    /// the middle of another's wait: some boards serve one connection only.
+    void Abandon();
+
+signals:
+    /// After each accepted block, with the count of image bytes accepted so far.
+    void onWriteBlock(int index);
+
+private:
+    enum class WaitEnd { AnsweredOrLate, Stopped };
+    WaitEnd Wait(const QModbusReply& reply) const;
+    void AbortConnection();
+
+    ModbusClient* client;
+    qint32 serverAddress = 2;
+    bool abandoned = false;
+};

@@ -1,0 +1,3 @@
+#include "TimeLimits.h"
+
+TimeLimits g_timeLimits;
