@@ -1,0 +1,101 @@
+#include "FirmwareFiles.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+constexpr char StockRaspberryPiHost[] = "raspberrypi";
+
+QString ImageExtension(const TBoardRecord& board)
+{
+    return board.IdCPU == 0 ? ".bin" : ".rpd";
+}
+
+} // namespace
+
+QString FilePattern(const TDeviceRecord& device, const TBoardRecord& board)
+{
+    if (board.IsProgram())
+        return board.File;
+    return QString("fw_%1_%2_%3_v*").arg(device.IdDev).arg(board.MBAddr).arg(board.IdCPU) + ImageExtension(board);
+}
+
+QString NamePrefix(const QString& pattern)
+{
+    return QString(pattern).remove("*.bin").remove("*.rpd");
+}
+
+bool EntryFits(const QString& entryPath, const QString& prefix, const TBoardRecord& board)
+{
+    if (!entryPath.contains(prefix))
+        return false;
+    return board.IsProgram() ? !entryPath.contains('.') : entryPath.endsWith(ImageExtension(board));
+}
+
+QString VersionInName(const QString& name)
+{
+    const QStringList parts = name.split('_');
+    if (parts.size() <= 4)
+        return "BAD";
+    const QString& last = parts.last();
+    QStringList pieces;
+    for (const char* extension : {".bin", ".rpd"}) {
+        if (last.contains(extension))
+            pieces = last.split(extension);
+    }
+    return pieces.isEmpty() ? QString("BAD") : pieces.first().mid(1);
+}
+
+QString FileNameOf(const QString& path)
+{
+    return path.split('/').last();
+}
+
+QString ExtractionFolder()
+{
+    return QDir::cleanPath(QDir::tempPath() + "/firmware");
+}
+
+QString StartFolder(const QString& programFolder, bool inFirmwareFolder, const QString& hostName,
+                    const QString& mediaParent)
+{
+    const QString media = mediaParent + (hostName == StockRaspberryPiHost ? "/rpi" : "/orangepi");
+    // "." and ".." are counted too, so more than two entries mean that something is mounted.
+    if (QDir(media).exists() && QDir(media).count() > 2)
+        return media;
+    return QDir::cleanPath(inFirmwareFolder ? programFolder + "/firmware" : programFolder);
+}
+
+FileDigest ReadDigest(const QString& path)
+{
+    constexpr qint64 ChunkSize = 8192;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    QByteArray chunk(ChunkSize, Qt::Uninitialized);
+    qint64 count = 0;
+    while ((count = file.read(chunk.data(), ChunkSize)) > 0)
+        hash.addData(QByteArrayView(chunk).first(count));
+    // A stick pulled in the middle ends the file with an error: what was read so far is no digest of it.
+    return {true, count < 0 ? QByteArray() : hash.result()};
+}
+
+Certificate JudgeCertificate(const QString& path, const QByteArray& digest)
+{
+    QFile file(path + ".sha256");
+    if (!file.open(QIODevice::ReadOnly))
+        return Certificate::Missing;
+    return file.readAll() == digest ? Certificate::Matches : Certificate::Different;
+}
+
+RowVerdict JudgeRow(const QString& current, const QString& offered)
+{
+    RowVerdict verdict;
+    verdict.takesFile = !current.isEmpty() && current != UnknownVersion;
+    verdict.valid = verdict.takesFile && !offered.isEmpty();
+    verdict.upToDate = !verdict.valid || current.toFloat() >= offered.toFloat();
+    return verdict;
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "AppConfig.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+
+/// How firmware files are named, found, checked and compared: decisions only, no widget.
+
+/// Firmware module: wildcard of its image, as "fw_12_3_1_v*.rpd". Program module: its File.
+QString FilePattern(const TDeviceRecord& device, const TBoardRecord& board);
+/// What an archive entry's path must contain to be the row's: the pattern without its wildcard end.
+QString NamePrefix(const QString& pattern);
+/// Whether an archive entry may be taken for `board`. An image must also bear the board's extension, so that
+/// the wrong kind is never offered; a program file has no "." in its path, its companions have.
+bool EntryFits(const QString& entryPath, const QString& prefix, const TBoardRecord& board);
+/// Version in an image's name, as 1.4.7 in fw_3_2_0_v1.4.7.bin; "BAD" where the name has no such place.
+QString VersionInName(const QString& name);
+/// Part of `path` behind the last "/".
+QString FileNameOf(const QString& path);
+
+/// Folder below the temporary directory into which every archive is extracted.
+QString ExtractionFolder();
+/// Where a file dialog opens: the root of the panel's removable media below `mediaParent` when something is
+/// mounted there, otherwise the program's folder (its "firmware" folder when `inFirmwareFolder`).
+QString StartFolder(const QString& programFolder, bool inFirmwareFolder, const QString& hostName,
+                    const QString& mediaParent);
+
+/// What one look at a file told.
+struct FileDigest
+{
+    bool opened = false;
+    QByteArray sha256; ///< 32 raw bytes; empty when the file could not be opened or read to its end
+};
+/// Digests of the files already read, by full path, so that each is read once per archive.
+using DigestCache = QHash<QString, FileDigest>;
+
+FileDigest ReadDigest(const QString& path);
+
+enum class Certificate { Missing, Different, Matches };
+/// Compares the raw bytes of `path` + ".sha256" with `digest`. A digest is all that a certificate is: it
+/// shows that the file is whole, not who made it. An empty certificate matches the empty digest of an
+/// unreadable file.
+Certificate JudgeCertificate(const QString& path, const QByteArray& digest);
+
+/// What a row's two version texts allow.
+struct RowVerdict
+{
+    bool valid = false;     ///< both versions are known
+    bool upToDate = true;   ///< nothing to update, also for a row that is not valid
+    bool takesFile = false; ///< the current version is known, so a file may be chosen
+
+    bool operator==(const RowVerdict&) const = default;
+};
+/// Versions count as numbers here, so "1.50" equals "1.5", and a text that is no number ("1.4.7") counts as
+/// 0.
+RowVerdict JudgeRow(const QString& current, const QString& offered);
+
+/// Stands in the table for a version that could not be read.
+inline constexpr char UnknownVersion[] = "???";
