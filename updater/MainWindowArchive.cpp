@@ -1,0 +1,199 @@
+#include "MainWindow.h"
+
+#include "AppState.h"
+#include "FirmwareArchive.h"
+#include "MessageBoxes.h"
+#include "TimeLimits.h"
+#include "Util.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSysInfo>
+#include <QUrl>
+#include <QWindow>
+
+namespace {
+
+void Warn(const QString& text)
+{
+    ShowAlert(nullptr, "Внимание!", text, "OK");
+}
+
+} // namespace
+
+void MainWindow::Archive()
+{
+    QString path;
+    if (!SelectFile(path, "Открыть архив с прошивками", "*.zip", false))
+        return;
+    // Closed meanwhile: a window shown now would keep the program from ending.
+    if (g_stopRequested)
+        return;
+    QWidget* popup = ShowWaitPopup("Идет анализ архива. Пожалуйста подождите...");
+    const FirmwareArchive archive(path);
+    const QString folder = ExtractionFolder();
+    // An archive with "firmware" in its path is not given a folder: what it needs is taken to be there.
+    if (!path.contains("firmware"))
+        QDir().mkdir(folder);
+    // The pop-up stays: it is all that the operator sees of an archive that cannot be unpacked.
+    if (!archive.ExtractAll(folder))
+        return;
+    TakeEntries(folder, archive);
+    UpdateUpdateButton();
+    // What was pressed during the analysis was pressed on a window that is blocked: it must not take effect now.
+    QCoreApplication::processEvents();
+    popup->close();
+}
+
+void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
+{
+    DigestCache digests;
+    for (int row = 0; row < ui.tableWidget->rowCount(); ++row) {
+        bool isProgram = false;
+        const QString prefix = NamePrefix(GetFilePattern(row, &isProgram));
+        for (const ArchiveEntry& entry : archive.Entries()) {
+            if (!entry.isFile || entry.path.contains(".sha256"))
+                continue;
+            const QString path = folder + "/" + entry.path;
+            // Every file is judged for every row: a wrong certificate is told even where no row wants the
+            // file.
+            if (CheckCertificate(path, digests) && EntryFits(entry.path, prefix, Board(row)))
+                TakeFile(row, VersionFromFileName(folder, entry.path, isProgram), path, digests[path].sha256);
+        }
+    }
+}
+
+void MainWindow::TakeFile(int row, const QString& version, const QString& path, const QByteArray& sha256)
+{
+    if (QTableWidgetItem* item = ui.tableWidget->item(row, ColumnNew)) {
+        item->setText(version);
+        item->setData(Qt::UserRole, path);
+        item->setData(DigestRole, sha256);
+    }
+    m_settledVerdicts.at(row).reset();
+    ui.buttonUpdate->setEnabled(true);
+    CheckRow(row);
+}
+
+void MainWindow::RowButtonClicked(QPushButton* button, int row, ButtonKind kind)
+{
+    if (kind == ButtonKind::Mark) {
+        button->setIcon(button->isChecked() ? QIcon() : QIcon(":/icons/onebit_34_ok.png"));
+        UpdateUpdateButton();
+        return;
+    }
+    const int filling = m_fillings;
+    bool isProgram = false;
+    const QString pattern = GetFilePattern(row, &isProgram);
+    QString path;
+    DigestCache digests;
+    if (!SelectFile(path, "Открыть файл с прошивкой", pattern, true) || !CheckCertificate(path, digests))
+        return;
+    const QString version = VersionFromFileName(QFileInfo(path).absolutePath(), QFileInfo(path).fileName(), isProgram);
+    if (filling != m_fillings)
+        return;
+    TakeFile(row, version, path, digests[path].sha256);
+    UpdateUpdateButton();
+}
+
+QWidget* MainWindow::MakeRowButton(int row, ButtonKind kind, const QIcon& icon)
+{
+    auto* cell = new QWidget;
+    auto* layout = new QHBoxLayout(cell);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setAlignment(Qt::AlignCenter);
+    auto* button = new QPushButton(icon, QString());
+    button->setFixedSize(36, 32);
+    button->setIconSize(RowIconSize);
+    button->setEnabled(false);
+    if (kind == ButtonKind::Mark) {
+        button->setCheckable(true);
+        button->setChecked(true);
+        button->setIcon(QIcon());
+    }
+    layout->addWidget(button);
+    connect(button, &QPushButton::clicked, this, [=, this] { RowButtonClicked(button, row, kind); });
+    return cell;
+}
+
+bool MainWindow::CheckCertificate(const QString& path, DigestCache& digests)
+{
+    const QString certificate = FileNameOf(path) + ".sha256";
+    const QByteArray digest = FileSha256(path, digests);
+    switch (JudgeCertificate(path, digest)) {
+    case Certificate::Missing:
+        Warn("Не найден сертификат " + certificate);
+        return false;
+    case Certificate::Different:
+        Warn("Не соответствует сертификат " + certificate);
+        return false;
+    case Certificate::Matches:
+        break;
+    }
+    return true;
+}
+
+QByteArray MainWindow::FileSha256(const QString& path, DigestCache& digests)
+{
+    const auto known = digests.constFind(path);
+    const FileDigest digest = known != digests.cend() ? *known : *digests.insert(path, ReadDigest(path));
+    if (!digest.opened)
+        Warn("Не могу открыть прошивку " + FileNameOf(path));
+    return digest.sha256;
+}
+
+QString MainWindow::VersionFromFileName(const QString& folder, const QString& name, bool isProgram)
+{
+    return isProgram ? Util::GetVersion(this, folder, name, false) : VersionInName(name);
+}
+
+bool MainWindow::SelectFile(QString& path, const QString& title, const QString& filter, bool inFirmwareFolder)
+{
+    QFileDialog dialog(this, title);
+    dialog.setNameFilter(filter);
+    dialog.setFont(QFont("Liberation Sans", 13));
+    dialog.setViewMode(QFileDialog::List);
+    dialog.setLabelText(QFileDialog::LookIn, "Путь");
+    dialog.setLabelText(QFileDialog::FileName, "Имя файла");
+    dialog.setLabelText(QFileDialog::FileType, "Тип файла");
+    dialog.setLabelText(QFileDialog::Accept, "Открыть");
+    dialog.setLabelText(QFileDialog::Reject, "Отмена");
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    const QString start =
+        StartFolder(QCoreApplication::applicationDirPath(), inFirmwareFolder, QSysInfo::machineHostName(), "/media");
+    dialog.setSidebarUrls({QUrl::fromLocalFile(start)});
+    dialog.setDirectory(start);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    path = dialog.selectedFiles().first();
+    return true;
+}
+
+QWidget* MainWindow::ShowWaitPopup(const QString& text)
+{
+    auto* popup = new QWidget(this, Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    popup->setAttribute(Qt::WA_DeleteOnClose);
+    popup->setWindowModality(Qt::ApplicationModal);
+    const QPoint centre = geometry().center();
+    popup->setGeometry(centre.x() - 200, centre.y() - 30, 400, 60);
+    auto* layout = new QVBoxLayout(popup);
+    layout->setAlignment(Qt::AlignCenter);
+    auto* label = new QLabel(text);
+    label->setFont(font());
+    layout->addWidget(label);
+    popup->setStyleSheet("QWidget {  background-color: palette(window);  border: 3px solid palette(mid);}"
+                         "QLabel {  border: none;  padding: 10px;}");
+    popup->show();
+    QCoreApplication::processEvents();
+    // The window system may need a moment; without it the panel would show a blank patch during the analysis.
+    const QDeadlineTimer deadline(g_timeLimits.popupExposure);
+    while (!popup->windowHandle()->isExposed() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    return popup;
+}
