@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Frame.h"
+
+#include <map>
+
+/// Whether `text` can stand as one word in an answer: not empty, printable ASCII without space and ";".
+bool IsAnswerWord(const QByteArray& text);
+
+struct Processor
+{
+    int id = 0;
+    QString version = "1.0";
+    QByteArray image;   ///< the last one accepted
+    bool isNew = false; ///< the image does not run yet
+};
+
+/// One unit address: its processors and the image under way. It knows no socket and no time.
+class Board
+{
+public:
+    struct Outcome
+    {
+        QByteArray pdu;                      ///< the answer
+        QString event;                       ///< one line for people, empty: nothing to tell
+        const Processor* accepted = nullptr; ///< took a new image with this request; the board's
+    };
+
+    Board(QString type, QString serial);
+
+    /// The processor with that number, made when it is new; it stays where it is as long as the board.
+    Processor* AddProcessor(int id);
+    /// Answers one request; never call it while the unit is silent. After an accepted image the owner
+    /// calls GoSilent, and ComeBack after the restart.
+    Outcome Handle(const QByteArray& pdu);
+
+    void GoSilent();
+    /// Ends the silence: accepted images now run. Returns the versions as in the answer to "VER ?;".
+    QString ComeBack();
+    bool IsSilent() const { return m_isSilent; }
+
+private:
+    Outcome HandleText(const QByteArray& command) const;
+    Outcome HandleBinary(const Frame::BinaryCommand& command);
+    /// These three return the event's text, or throw Frame::Refusal.
+    QString WriteBlock(quint32 offset, const QByteArray& payload);
+    QString CheckCrc(quint32 crc);
+    QString Finish(Processor* target, quint32 size);
+    QString Versions() const;
+    void DropImage();
+
+    QString m_type;
+    QString m_serial;
+    std::map<int, Processor> m_processors;
+    bool m_isSilent = false;
+    // Blocks name no processor, so there is one image under way for the whole unit.
+    QByteArray m_image;
+    quint16 m_imageCrc = 0xFFFF;
+    bool m_isCrcConfirmed = false;
+};

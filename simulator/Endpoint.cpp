@@ -1,0 +1,160 @@
+#include "Endpoint.h"
+
+#include <QDir>
+#include <QSaveFile>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <algorithm>
+#include <utility>
+
+Endpoint::Endpoint(const QString& ip, quint16 port, Instrument::Options options, QObject* parent)
+    : QObject(parent)
+    , m_ip(ip)
+    , m_port(port)
+    , m_options(std::move(options))
+    , m_server(new QTcpServer(this))
+{
+    connect(m_server, &QTcpServer::newConnection, this, &Endpoint::AcceptConnections);
+}
+
+Board* Endpoint::Unit(int address, const QString& type)
+{
+    return &m_units.try_emplace(address, type, m_options.serial).first->second;
+}
+
+bool Endpoint::Listen(QString* error)
+{
+    // For no address at all the toolkit would listen on every one of the machine.
+    if (!m_ip.isNull() && m_server->listen(m_ip, m_port)) {
+        m_port = m_server->serverPort();
+        return true;
+    }
+    *error = QString("cannot listen on %1:%2 (").arg(m_ip.toString()).arg(m_port) + m_server->errorString()
+             + "); give this machine the address and keep the port free";
+    return false;
+}
+
+void Endpoint::Stop()
+{
+    m_server->close();
+    const QList<QTcpSocket*> sockets = m_connections.keys();
+    for (QTcpSocket* socket : sockets)
+        Close(socket);
+}
+
+void Endpoint::AcceptConnections()
+{
+    while (QTcpSocket* socket = m_server->nextPendingConnection()) {
+        m_connections.insert(socket, {});
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { Read(socket); });
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+            if (m_connections.remove(socket))
+                Tell("client gone");
+            socket->deleteLater();
+        });
+        Tell(QString("connected from %1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()));
+    }
+}
+
+void Endpoint::Read(QTcpSocket* socket)
+{
+    const QByteArray bytes = socket->readAll();
+    if (m_connections.contains(socket))
+        m_connections[socket].stream += bytes;
+    // Looked up for every request: an accepted image closes connections, this one among them.
+    while (m_connections.contains(socket)) {
+        Frame::Request request;
+        const Frame::Taken taken = Frame::TakeRequest(m_connections[socket].stream, request);
+        if (taken == Frame::Taken::Incomplete)
+            return;
+        if (taken == Frame::Taken::Whole) {
+            Serve(socket, request);
+        } else {
+            Tell("not a Modbus TCP header, connection closed");
+            Close(socket);
+        }
+    }
+}
+
+void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
+{
+    ++m_requestCount;
+    const auto unit = m_units.find(request.unit);
+    if (unit == m_units.end()) {
+        const quint8 function = quint8(request.pdu.at(0));
+        socket->write(Frame::Answer(request, Frame::ExceptionPdu(function, Frame::TargetDoesNotRespond)));
+        return Tell(request.unit, "refused with exception 0x0b: no such unit here");
+    }
+    m_connections[socket].units.insert(request.unit);
+    if (unit->second.IsSilent())
+        return Tell(request.unit, "restarting, request not answered");
+    const Board::Outcome outcome = unit->second.Handle(request.pdu);
+    socket->write(Frame::Answer(request, outcome.pdu));
+    if (!outcome.event.isEmpty())
+        Tell(request.unit, outcome.event);
+    if (outcome.accepted == nullptr)
+        return;
+    // The answer is still in the toolkit's buffer and goes out, before the hang-up, once the event loop has
+    // control again: whoever gets it finds the image saved and the unit already off the network.
+    if (!m_options.imageFolder.isEmpty())
+        Save(request.unit, *outcome.accepted);
+    Restart(request.unit);
+}
+
+void Endpoint::Restart(int address)
+{
+    m_units.at(address).GoSilent();
+    Tell(address, QString("silent for %1 s").arg(double(m_options.restart.count()) / 1000));
+    // With nobody left to answer, the address is off the network, as a restarting board's is.
+    if (std::all_of(m_units.begin(), m_units.end(), [](const auto& unit) { return unit.second.IsSilent(); }))
+        Stop();
+    const QList<QTcpSocket*> sockets = m_connections.keys();
+    for (QTcpSocket* socket : sockets) {
+        if (m_connections[socket].units.contains(address))
+            Close(socket);
+    }
+    QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this, [this, address] {
+        Tell(address, "back with version " + m_units.at(address).ComeBack());
+        ListenAgain();
+    });
+}
+
+void Endpoint::Save(int address, const Processor& processor)
+{
+    const QString place = m_ip.toString() + QString("_%1_%2_%3").arg(m_port).arg(address).arg(processor.id);
+    QSaveFile file(QDir(m_options.imageFolder).filePath(place + ".img"));
+    // Committed only when all of it was written: the commit would let a short write replace the older
+    // image. Without it the unfinished file is dropped.
+    if (file.open(QIODevice::WriteOnly) && file.write(processor.image) == processor.image.size() && file.flush()
+        && file.commit())
+        Tell(address, "image saved as " + file.fileName());
+    else
+        Tell(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); is the disk full?");
+}
+
+void Endpoint::ListenAgain()
+{
+    QString error;
+    if (m_server->isListening() || Listen(&error))
+        return;
+    Tell(error + "; trying again in 1 s");
+    QTimer::singleShot(std::chrono::seconds(1), this, &Endpoint::ListenAgain);
+}
+
+void Endpoint::Close(QTcpSocket* socket)
+{
+    m_connections.remove(socket);
+    socket->disconnectFromHost();
+}
+
+void Endpoint::Tell(const QString& what)
+{
+    emit Event(m_ip.toString() + ':' + QString::number(m_port) + ' ' + what);
+}
+
+void Endpoint::Tell(int address, const QString& what)
+{
+    Tell("unit " + QString::number(address) + ": " + what);
+}
