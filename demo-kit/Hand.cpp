@@ -1,0 +1,179 @@
+#include "Hand.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QFileDialog>
+#include <QListView>
+#include <QMessageBox>
+#include <QWindow>
+
+#include <qpa/qwindowsysteminterface.h>
+
+#include <memory>
+
+namespace {
+
+constexpr auto RepeatedPress = std::chrono::seconds(1);
+
+} // namespace
+
+Hand::Hand()
+{
+    m_timer.setInterval(20);
+    connect(&m_timer, &QTimer::timeout, this, &Hand::Look);
+}
+
+void Hand::Step(const QString& name, Condition when, Action then)
+{
+    m_steps.append({name, std::move(when), std::move(then)});
+}
+
+void Hand::Press(const QString& objectName)
+{
+    Step(
+        "press " + objectName,
+        [=] {
+            const QWidget* widget = Find(objectName);
+            return widget && widget->isEnabled();
+        },
+        [=] { PressNow(Find(objectName)); });
+}
+
+void Hand::AnswerBox(const QString& text, const QString& buttonText)
+{
+    const auto button = [=]() -> QAbstractButton* {
+        const QMessageBox* box = OpenBox();
+        if (!box || box->text() != text)
+            return nullptr;
+        for (QAbstractButton* candidate : box->buttons()) {
+            if (candidate->text() == buttonText)
+                return candidate;
+        }
+        return nullptr;
+    };
+    Step(
+        "answer " + buttonText + " to: " + text, [=] { return button() != nullptr; }, [=] { PressNow(button()); });
+    Step("the box is gone", [=] { return !button(); });
+}
+
+void Hand::ChooseFile(const QString& title, const QString& fileName)
+{
+    const auto dialog = [=]() -> QFileDialog* {
+        auto* open = qobject_cast<QFileDialog*>(OpenDialog());
+        return open && open->windowTitle() == title ? open : nullptr;
+    };
+    const auto listed = [=]() -> QModelIndex {
+        const auto* list = dialog() ? dialog()->findChild<QListView*>("listView") : nullptr;
+        for (int row = 0; list && row < list->model()->rowCount(list->rootIndex()); ++row) {
+            const QModelIndex index = list->model()->index(row, 0, list->rootIndex());
+            if (index.data().toString() == fileName)
+                return index;
+        }
+        return {};
+    };
+    const auto again = std::make_shared<QDeadlineTimer>();
+    const auto press = [=] {
+        auto* list = dialog()->findChild<QListView*>("listView");
+        list->scrollTo(listed());
+        PressNow(list->viewport(), list->visualRect(listed()).center());
+        *again = QDeadlineTimer(RepeatedPress);
+    };
+    Step(
+        "choose " + fileName, [=] { return listed().isValid(); }, press);
+    const auto accept = [=]() -> QAbstractButton* {
+        for (auto* button : dialog() ? dialog()->findChildren<QAbstractButton*>() : QList<QAbstractButton*>()) {
+            if (button->text() == "Открыть" && button->isEnabled() && !dialog()->selectedFiles().isEmpty()
+                && dialog()->selectedFiles().first().endsWith('/' + fileName))
+                return button;
+        }
+        return nullptr;
+    };
+    // The list may still have been growing under the finger: then it presses once more, too late for a double press.
+    Step(
+        "open " + fileName,
+        [=] {
+            if (!accept() && listed().isValid() && again->hasExpired())
+                press();
+            return accept() != nullptr;
+        },
+        [=] { PressNow(accept()); });
+    Step("the dialog is gone", [=] { return !dialog(); });
+}
+
+void Hand::Start(std::chrono::milliseconds stepLimit)
+{
+    m_limit = stepLimit;
+    m_since = std::chrono::steady_clock::now();
+    m_timer.start();
+}
+
+bool Hand::Run(std::chrono::milliseconds stepLimit)
+{
+    QEventLoop loop;
+    bool done = false;
+    connect(this, &Hand::Finished, &loop, [&](bool all) {
+        done = all;
+        loop.quit();
+    });
+    Start(stepLimit);
+    loop.exec();
+    return done;
+}
+
+void Hand::Look()
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (m_steps.isEmpty()) {
+        m_timer.stop();
+        emit Finished(true);
+        return;
+    }
+    if (m_steps.first().when()) {
+        const Entry step = m_steps.takeFirst();
+        m_since = now;
+        if (step.then)
+            step.then();
+        emit Done(step.name);
+    } else if (now - m_since > m_limit) {
+        Failure = m_steps.first().name;
+        m_timer.stop();
+        emit Finished(false);
+    }
+}
+
+QWidget* Hand::Find(const QString& objectName)
+{
+    for (QWidget* widget : QApplication::allWidgets()) {
+        if (widget->objectName() == objectName && widget->isVisible())
+            return widget;
+    }
+    return nullptr;
+}
+
+QDialog* Hand::OpenDialog()
+{
+    return qobject_cast<QDialog*>(QApplication::activeModalWidget());
+}
+
+QMessageBox* Hand::OpenBox()
+{
+    return qobject_cast<QMessageBox*>(OpenDialog());
+}
+
+void Hand::PressNow(QWidget* widget)
+{
+    PressNow(widget, widget->rect().center());
+}
+
+void Hand::PressNow(QWidget* widget, const QPoint& at)
+{
+    QWindow* window = widget->window()->windowHandle();
+    const QPointF local = widget->mapTo(widget->window(), at);
+    const QPointF global = widget->mapToGlobal(at);
+    QWindowSystemInterface::handleMouseEvent(window, local, global, Qt::LeftButton, Qt::LeftButton,
+                                             QEvent::MouseButtonPress);
+    QWindowSystemInterface::handleMouseEvent(window, local, global, Qt::NoButton, Qt::LeftButton,
+                                             QEvent::MouseButtonRelease);
+}

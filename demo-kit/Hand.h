@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+
+class QAbstractButton;
+class QDialog;
+class QMessageBox;
+class QWidget;
+
+/// Works a window as a hand would: waits until it sees something, then presses, one step after the other,
+/// also while the program is in the middle of a long loop or of a modal box. Presses go through the window
+/// system, so a window behind a modal one does not get them.
+class Hand : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Condition = std::function<bool()>;
+    using Action = std::function<void()>;
+
+    Hand();
+
+    /// `then` happens once, as soon as `when` holds.
+    void Step(const QString& name, Condition when, Action then = {});
+    /// Does it as soon as the step before is done.
+    void Do(Action action)
+    {
+        Step(
+            "go on", [] { return true; }, std::move(action));
+    }
+    /// Presses the visible button once it is enabled.
+    void Press(const QString& objectName);
+    /// Waits for the box with this text and presses its button with that text.
+    void AnswerBox(const QString& text, const QString& buttonText);
+    /// Picks the file in the dialog with this title, as a finger would, and presses "Открыть".
+    void ChooseFile(const QString& title, const QString& fileName);
+
+    /// Does the steps from the running event loop; Finished tells the end.
+    void Start(std::chrono::milliseconds stepLimit);
+    /// Does the steps now; true when all were done. `Failure` names the step that was not.
+    bool Run(std::chrono::milliseconds stepLimit = std::chrono::seconds(15));
+    QString Failure;
+
+    /// The visible widget with this object name; null when there is none.
+    static QWidget* Find(const QString& objectName);
+    /// The dialog or box that takes the input now; null when it is the main window (modal itself) or the
+    /// pop-up.
+    static QDialog* OpenDialog();
+    static QMessageBox* OpenBox();
+    static void PressNow(QWidget* widget);
+    static void PressNow(QWidget* widget, const QPoint& at);
+
+signals:
+    void Done(const QString& step);
+    void Finished(bool all);
+
+private:
+    void Look();
+
+    struct Entry
+    {
+        QString name;
+        Condition when;
+        Action then;
+    };
+    QList<Entry> m_steps;
+    QTimer m_timer;
+    std::chrono::milliseconds m_limit{};
+    std::chrono::steady_clock::time_point m_since;
+};

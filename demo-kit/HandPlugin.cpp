@@ -1,0 +1,191 @@
+// Loaded into the real, unchanged program by the toolkit (QT_QPA_GENERIC_PLUGINS=hand), it works the window
+// as an operator would. UPDATER_HAND names what to do:
+//   road           the whole road of an update; needs UPDATER_HAND_SHOTS, the folder for the screenshots
+//   close-search, close-reading, close-update   closes the window in the middle of that work
+
+#include "Hand.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QGenericPlugin>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QScreen>
+#include <QTableWidget>
+#include <QWindow>
+
+#include <chrono>
+#include <cstdio>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+QString Text(const QString& objectName)
+{
+    const QWidget* widget = Hand::Find(objectName);
+    return widget ? widget->property("text").toString() : QString();
+}
+
+bool IsEnabled(const QString& objectName)
+{
+    const QWidget* widget = Hand::Find(objectName);
+    return widget && widget->isEnabled();
+}
+
+/// A dialog is on the screen, not only asked for.
+bool ModalIsShown()
+{
+    const QWidget* modal = Hand::OpenDialog();
+    return modal && modal->windowHandle() && modal->windowHandle()->isExposed();
+}
+
+QString Cell(int row, int column)
+{
+    const auto* table = qobject_cast<QTableWidget*>(Hand::Find("tableWidget"));
+    const QTableWidgetItem* item = table ? table->item(row, column) : nullptr;
+    return item ? item->text() : QString();
+}
+
+class Operator : public Hand
+{
+public:
+    Operator()
+    {
+        setParent(qApp);
+        const QString task = qEnvironmentVariable("UPDATER_HAND");
+        if (task == "road")
+            WorkTheRoad();
+        else
+            CloseInTheMiddle(task);
+        connect(this, &Hand::Finished, this, [this](bool all) {
+            if (all)
+                return;
+            Shot("gave-up");
+            std::fprintf(stderr, "hand: gave up waiting: %s\n", qPrintable(Failure));
+            std::_Exit(4);
+        });
+        Start(task == "road" ? 60s : 12s);
+    }
+
+private:
+    void Shot(const QString& name)
+    {
+        const QString folder = qEnvironmentVariable("UPDATER_HAND_SHOTS");
+        if (folder.isEmpty())
+            return;
+        const QString file = QString("%1/%2-%3.png").arg(folder).arg(++m_shots, 2, 10, QChar('0')).arg(name);
+        if (!QGuiApplication::primaryScreen()->grabWindow(0).save(file)) {
+            std::fprintf(stderr, "hand: cannot write %s\n", qPrintable(file));
+            std::_Exit(4);
+        }
+    }
+
+    void Tell(const QString& what, const QString& shot)
+    {
+        std::printf("  %s\n", qPrintable(what));
+        std::fflush(stdout);
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window->isVisible())
+                window->repaint();
+        }
+        Shot(shot);
+    }
+
+    void See(const QString& what, const QString& shot, Condition when)
+    {
+        Step(what, std::move(when), [=, this] { Tell(what, shot); });
+    }
+
+    void WorkTheRoad()
+    {
+        qApp->installEventFilter(this);
+        See("the instrument is found, its versions are read", "versions", [] {
+            return Text("button_DeviceType") == "Прибор Демо-200  № 000123" && Cell(4, 1) == "1.0"
+                   && Text("label_Update").isEmpty();
+        });
+        Press("buttonArchive");
+        See("the archive dialog is open", "dialog", ModalIsShown);
+        ChooseFile("Открыть архив с прошивками", "demo-200.zip");
+        See("the archive is taken: new versions, marked modules", "archive", [] {
+            return Cell(0, 2) == "1.5" && Cell(1, 2) == "2.1" && Cell(2, 2) == "1.2" && Cell(4, 2) == "2.0"
+                   && !OpenDialog();
+        });
+        Press("buttonUpdate");
+        See("an image is being written", "writing", [] {
+            const auto* bar = qobject_cast<QProgressBar*>(Hand::Find("progressBar"));
+            return bar && bar->value() > bar->maximum() / 3;
+        });
+        See("a written module restarts", "restart",
+            [] { return Text("label_Update").endsWith("Ожидание перезагрузки..."); });
+        const QString question = "Все модули успешно обновлены!\nПрибор необходимо перезагрузить";
+        See("every module is updated", "question",
+            [=] { return ModalIsShown() && OpenBox() && OpenBox()->text() == question; });
+        AnswerBox(question, "Да");
+        See("the versions read back are the new ones", "updated", [] {
+            return Cell(0, 1) == "1.5" && Cell(1, 1) == "2.1" && Cell(2, 1) == "1.2" && Cell(4, 1) == "2.0"
+                   && Cell(3, 1) == "1.0" && !OpenDialog();
+        });
+        Press("buttonClose");
+    }
+
+    void CloseInTheMiddle(const QString& task)
+    {
+        const auto close = [] { Hand::Find("MainWindowClass")->close(); };
+        if (task == "close-search")
+            Step(
+                "search", [] { return Text("button_DeviceType") == "Поиск прибора..."; }, close);
+        if (task == "close-reading")
+            Step(
+                "reading", [] { return Text("label_Update") == "Считываю версии модулей..."; }, close);
+        if (task != "close-update")
+            return;
+        Step("versions", [] { return !Cell(0, 1).isEmpty() && Text("label_Update").isEmpty(); });
+        Press("buttonArchive");
+        ChooseFile("Открыть архив с прошивками", "new.zip");
+        Press("buttonUpdate");
+        Step(
+            "update", [] { return Text("label_Update").endsWith(". Обновление..."); }, close);
+        AnswerBox("Произошла ошибка обновления!", "OK");
+    }
+
+    /// The search and the wait pop-up last a few milliseconds: they are caught as they appear.
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        if (!m_searchSeen && Text("button_DeviceType") == "Поиск прибора..." && IsEnabled("buttonClose")
+            && !IsEnabled("buttonArchive")) {
+            m_searchSeen = true;
+            Tell("the window searches for an instrument", "search");
+        }
+        auto* window = qobject_cast<QWindow*>(object);
+        if (!window || m_popupSeen || event->type() != QEvent::Expose || window->type() != Qt::ToolTip
+            || window->modality() != Qt::ApplicationModal)
+            return false;
+        m_popupSeen = true;
+        QCoreApplication::sendEvent(object, event);
+        Tell("the archive is being analysed", "analysis");
+        return true;
+    }
+
+    int m_shots = 0;
+    bool m_searchSeen = false;
+    bool m_popupSeen = false;
+};
+
+} // namespace
+
+class HandPlugin : public QGenericPlugin
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "hand.json")
+
+public:
+    QObject* create(const QString&, const QString&) override
+    {
+        // The application object is still being made.
+        QTimer::singleShot(0, qApp, [] { new Operator; });
+        return new QObject(this);
+    }
+};
+
+#include "HandPlugin.moc"

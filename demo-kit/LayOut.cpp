@@ -1,0 +1,50 @@
+// Lays out the folder in which ./demo runs: a catalogue of two instruments on free ports, a program module
+// that is "installed", and an archive with new firmware for all but one module.
+
+#include "Stage.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    if (argc != 2 || !QDir(argv[1]).exists()) {
+        std::fprintf(stderr, "%s: name one folder that exists\n", argv[0]);
+        return 2;
+    }
+    const QString folder = QDir(argv[1]).absolutePath();
+    const QString controllerIp = "127.0.0.2";
+    const int controllerPort = stage::FreePort(controllerIp);
+    const QString converterIp = "127.0.0.3";
+    const QString powerIp = "127.0.0.4";
+
+    // Both instruments would answer at the same address: only the type tells them apart.
+    const TDeviceRecord other =
+        stage::Device("Демо-100", 11, {stage::Board("Контроллер", "DEMO-100", controllerIp, controllerPort, 1, 0)});
+    const TDeviceRecord device =
+        stage::Device("Демо-200", 12,
+                      {stage::Board("Контроллер", "DEMO-200", controllerIp, controllerPort, 1, 0),
+                       stage::Board("Контроллер, второй процессор", "DEMO-200", controllerIp, controllerPort, 1, 1),
+                       stage::Board("Преобразователь", "DEMO-ADC", converterIp, stage::FreePort(converterIp), 3, 2),
+                       stage::Board("Блок питания", "DEMO-PWR", powerIp, stage::FreePort(powerIp), 4, 0),
+                       stage::Program("Программа просмотра", "viewer", "demo-viewer")});
+    stage::WriteCatalogue(folder + "/updater.json", {other, device});
+    stage::WriteFile(folder + "/demo-viewer", "#!/bin/sh\necho viewer 1.0\n");
+    stage::WriteFile(folder + "/demo-viewer.ver", "1.0");
+
+    constexpr int ControllerSize = 1500 * 1024;
+    const stage::Files files =
+        stage::WithCertificates({{"boards/fw_12_1_0_v1.5.bin", stage::Image("1.5", ControllerSize)},
+                                 {"boards/fw_12_1_1_v2.1.rpd", stage::Image("2.1", 300 * 1024 + 7)},
+                                 {"boards/fw_12_3_2_v1.2.rpd", stage::Image("1.2", 64 * 1024)},
+                                 {"viewer/demo-viewer", "#!/bin/sh\necho viewer 2.0\n"},
+                                 {"viewer/demo-viewer.ver", "2.0"}});
+    stage::WriteZip(folder + "/demo-200.zip", files);
+    // Beside the archive as files, for whoever wants to compare what the instrument received.
+    for (const auto& [name, content] : files)
+        stage::WriteFile(folder + "/expected/" + name, content);
+    return 0;
+}
