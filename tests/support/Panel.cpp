@@ -1,0 +1,149 @@
+#include "Panel.h"
+
+#include "AppState.h"
+#include "TimeLimits.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QPushButton>
+#include <QTableWidget>
+
+using namespace std::chrono_literals;
+
+Panel::Panel()
+{
+    // Several windows live and die in one test program; the last one closed must not end it.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QCoreApplication::setQuitLockEnabled(false);
+    g_appConfig = {};
+    g_selectedDevice = g_selectedMainBoard = 0;
+    g_deviceFound = g_busy = g_stopRequested = g_updateAborted = false;
+    g_deviceSerial.clear();
+    g_timeLimits = {.firstSearch = 10ms,
+                    .connectAttempt = 40ms,
+                    .reply = 400ms,
+                    .restartPause = 50ms,
+                    .slowRestartPause = 120ms,
+                    .pollPause = 30ms,
+                    .systemCommand = 5s,
+                    .killedCommand = 1s,
+                    .popupExposure = 100ms};
+    QDir(ExtractionFolder()).removeRecursively();
+    QFile::remove(qEnvironmentVariable("SUDO_LOG"));
+    QDir(Path("update.old")).removeRecursively();
+}
+
+Panel::~Panel()
+{
+    QFile::remove(Path("updater.json"));
+}
+
+Instrument* Panel::Play(const TDeviceRecord& device)
+{
+    m_instruments.push_back(std::make_unique<Instrument>(
+        device, Instrument::Options{.serial = "777", .restart = 100ms, .imageFolder = {}}));
+    QString error;
+    if (!m_instruments.back()->Start(&error))
+        qFatal("%s", qPrintable(error));
+    return m_instruments.back().get();
+}
+
+void Panel::Open(const QList<TDeviceRecord>& devices)
+{
+    stage::WriteCatalogue(Path("updater.json"), devices);
+    window = std::make_unique<MainWindow>(nullptr);
+    window->show();
+    WaitForVersions();
+}
+
+QString Panel::Path(const QString& name)
+{
+    return QCoreApplication::applicationDirPath() + '/' + name;
+}
+
+QString Panel::Cell(int row, int column) const
+{
+    const auto* table = window->findChild<QTableWidget*>("tableWidget");
+    return table->item(row, column) ? table->item(row, column)->text() : QString();
+}
+
+QString Panel::Versions() const
+{
+    QStringList versions;
+    for (int row = 0; row < window->findChild<QTableWidget*>("tableWidget")->rowCount(); ++row)
+        versions.append(Cell(row, 1));
+    return versions.join(' ');
+}
+
+QString Panel::Status(int row) const
+{
+    const QTableWidgetItem* item = window->findChild<QTableWidget*>("tableWidget")->item(row, 0);
+    if (!item || item->icon().isNull())
+        return {};
+    for (const QString& file : QDir(":/icons").entryList({"*.png"})) {
+        if (item->icon().pixmap(24).toImage() == QIcon(":/icons/" + file).pixmap(24).toImage())
+            return file.section('_', 2).section('.', 0, 0);
+    }
+    return "another icon";
+}
+
+bool Panel::IsEnabled(const QString& name) const
+{
+    return window->findChild<QWidget*>(name)->isEnabled();
+}
+
+QString Panel::Controls() const
+{
+    for (const char* name : {"buttonClose", "buttonArchive", "button_DeviceType"}) {
+        if (!IsEnabled(name))
+            return QString(name) + " is disabled";
+    }
+    bool marked = false;
+    const int rows = window->findChild<QTableWidget*>("tableWidget")->rowCount();
+    for (int row = 0; row < rows; ++row) {
+        const RowVerdict verdict = JudgeRow(Cell(row, 1), Cell(row, 2));
+        marked = marked || window->IsRowMarked(row);
+        if (window->GetButton(row, 3)->isEnabled() != verdict.takesFile)
+            return QString("the file button of row %1 is wrong").arg(row);
+        if (window->GetButton(row, 4)->isEnabled() != (verdict.valid || window->IsRowMarked(row)))
+            return QString("the mark button of row %1 is wrong").arg(row);
+    }
+    if (IsEnabled("buttonUpdate") != marked)
+        return "buttonUpdate does not tell whether a row is marked";
+    if (Text("buttonUpdate") != "Запустить\nобновление")
+        return "buttonUpdate says " + Text("buttonUpdate");
+    return g_busy || g_stopRequested ? "a flag is left behind" : "idle";
+}
+
+QString Panel::Text(const QString& name) const
+{
+    return window->findChild<QWidget*>(name)->property("text").toString();
+}
+
+QStringList Panel::SudoLog()
+{
+    return QString(stage::ReadFile(qEnvironmentVariable("SUDO_LOG"))).split('\n', Qt::SkipEmptyParts);
+}
+
+void Panel::WaitForVersions()
+{
+    hand.Step("versions are read", [this] {
+        const auto* table = window->findChild<QTableWidget*>("tableWidget");
+        return table->rowCount() > 0 && Controls() == "idle" && Text("label_Update").isEmpty()
+               && !Cell(table->rowCount() - 1, 1).isEmpty();
+    });
+}
+
+void Panel::TakeArchive(const stage::Files& files)
+{
+    stage::WriteZip(Path("new.zip"), files);
+    hand.Press("buttonArchive");
+    hand.ChooseFile("Открыть архив с прошивками", "new.zip");
+    hand.Step("the archive is analysed", [this] { return Controls() == "idle" && !Hand::OpenDialog(); });
+}
+
+void Panel::PressRow(int row, int column)
+{
+    hand.Do([=, this] { Hand::PressNow(window->GetButton(row, column)); });
+}

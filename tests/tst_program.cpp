@@ -1,0 +1,161 @@
+// The real program in a process of its own: one copy at a time, its assertion, and that it always ends.
+
+#include "FakeBoard.h"
+#include "Stage.h"
+#include "Table.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+
+class TestProgram : public QObject
+{
+    Q_OBJECT
+
+    /// Starts the program in `folder` with a temporary folder of its own, worked by the hand when it is given
+    /// a task.
+    static void Start(QProcess& process, const QTemporaryDir& folder, const QString& task = {})
+    {
+        QFile::copy(UPDATER_PROGRAM, folder.filePath("updater"));
+        QDir(folder.path()).mkpath("tmp");
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TMPDIR", folder.filePath("tmp"));
+        environment.insert("QT_MESSAGE_PATTERN", "%{file} %{message}");
+        if (!task.isEmpty()) {
+            environment.insert("QT_QPA_GENERIC_PLUGINS", "hand");
+            environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
+            environment.insert("UPDATER_HAND", task);
+        }
+        process.setProcessEnvironment(environment);
+        process.start(folder.filePath("updater"));
+        QVERIFY(process.waitForStarted());
+    }
+
+    /// Waits while the boards of this process go on answering; true once `done`. What is not done then is killed.
+    static bool Wait(QProcess& process, const std::function<bool()>& done)
+    {
+        for (const QDeadlineTimer deadline(20000); !deadline.hasExpired();) {
+            QCoreApplication::processEvents();
+            if (done())
+                return true;
+        }
+        process.kill();
+        process.waitForFinished();
+        return false;
+    }
+    static bool Ended(QProcess& process)
+    {
+        return Wait(process, [&] { return process.state() == QProcess::NotRunning; });
+    }
+    /// The process has logged `text`, so it holds the marker and shows the window.
+    static bool Runs(QProcess& process, const QByteArray& text)
+    {
+        QByteArray log;
+        return Wait(process, [&] { return (log += process.readAllStandardError()).contains(text); });
+    }
+    static void Kill(QProcess& process)
+    {
+        process.kill();
+        QVERIFY(process.waitForFinished());
+    }
+
+private slots:
+    void OneCopyAtATime()
+    {
+        const QTemporaryDir folder;
+        QProcess first;
+        Start(first, folder);
+        QVERIFY(Runs(first, "src/SavedJSONParameters.cpp Couldn't open file "));
+        QProcess second;
+        Start(second, folder);
+        QVERIFY(Ended(second));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(second.readAllStandardError(), "");
+        QCOMPARE(first.state(), QProcess::Running);
+
+        // The marker of a copy that was killed does not keep the next one out.
+        Kill(first);
+        QProcess third;
+        Start(third, folder);
+        QVERIFY(Runs(third, "Couldn't open file "));
+        Kill(third);
+    }
+
+    void OneWordForAVersionStopsTheProgram()
+    {
+        FakeBoard board([](QTcpSocket& socket, const QByteArray& request) {
+            const bool type = FakeBoard::Command(request) == "DEVICETYPE ?;";
+            socket.write(FakeBoard::Text(request, type ? "DEVICETYPE T;" : "VER;"));
+        });
+        const QTemporaryDir folder;
+        stage::WriteCatalogue(folder.filePath("updater.json"),
+                              {stage::Device("D", 1, {stage::Board("b", "T", "127.0.0.1", board.serverPort(), 1, 0)})});
+        QProcess process;
+        Start(process, folder);
+        QVERIFY(Ended(process));
+        QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+        const QByteArray log = process.readAllStandardError();
+        QVERIFY2(log.contains("QList::operator[]") && log.contains("index out of range"), log);
+    }
+
+    void ClosedInTheMiddle_data()
+    {
+        const Table<QByteArray> row("silentOn");
+        row("close-search", "DEVICETYPE ?;");
+        row("close-reading", "VER ?;");
+        row("close-update", "");
+    }
+    void ClosedInTheMiddle()
+    {
+        QFETCH(QByteArray, silentOn);
+        int blocks = 0;
+        FakeBoard board([&](QTcpSocket& socket, const QByteArray& request) {
+            if (request.at(7) == 0x48) {
+                ++blocks;
+                socket.write(FakeBoard::Answer(request, 0x48, QByteArray("\2\0", 2) + request.mid(10, 2)));
+            } else if (FakeBoard::Command(request) != silentOn) {
+                socket.write(FakeBoard::Text(request, FakeBoard::Command(request).chopped(2) + "1.0;"));
+            }
+        });
+        const QTemporaryDir folder;
+        stage::WriteCatalogue(
+            folder.filePath("updater.json"),
+            {stage::Device("D", 7, {stage::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0)})});
+        stage::WriteZip(folder.filePath("new.zip"),
+                        stage::WithCertificates({{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 3000000)}}));
+        QProcess process;
+        QElapsedTimer timer;
+        timer.start();
+        Start(process, folder, QTest::currentDataTag());
+        QVERIFY(Ended(process));
+        const QByteArray log = process.readAllStandardError();
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QVERIFY2(process.exitCode() == 0, log.right(600));
+        QVERIFY(timer.elapsed() < 9000);
+        QVERIFY(blocks < 3000000 / 240);
+        // The marker is released: the next copy runs.
+        QProcess next;
+        Start(next, folder);
+        QVERIFY(Runs(next, "Try connect"));
+        Kill(next);
+    }
+
+    void NoBuildPathInTheBinary()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("the sanitizer's own tables hold the path");
+#endif
+        const QByteArray binary = stage::ReadFile(UPDATER_PROGRAM);
+        QVERIFY(binary.contains("updater/Util.cpp"));
+        QVERIFY(!binary.contains(BUILD_FOLDER));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProgram)
+#include "tst_program.moc"

@@ -1,0 +1,221 @@
+#include "Instrument.h"
+
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Frames written as hex and joined by "|": unit and PDU, to which a header is added, or, after "raw", all
+/// of the frame. The names stand for what an image of the nine bytes "123456789" needs.
+QByteArray Frames(const QByteArray& hexes)
+{
+    const QHash<QByteArray, QByteArray> names = {
+        {"block", "01 48 1300 01a0 0000 0000 09000000 313233343536373839"},
+        {"blockOk", "01 48 0200 01a0"},
+        {"crc", "01 48 0600 02a0 374b 0000"},
+        {"crcOk", "01 48 0200 02a0"},
+        {"finish", "01 48 0600 05a0 0900 0000"},
+        {"finishOk", "01 48 0200 05a0"},
+        {"no", "01 c8 03"},
+        {"ver", "01 47 0600 564552203f3b"},
+    };
+    QByteArray frames;
+    for (const QByteArray& hex : hexes.split('|')) {
+        const QByteArray bytes = QByteArray::fromHex(names.value(hex, hex).replace("raw", ""));
+        if (!hex.startsWith("raw") && !bytes.isEmpty())
+            frames += QByteArray::fromHex("0007 0000 00") + char(bytes.size());
+        frames += bytes;
+    }
+    return frames;
+}
+
+/// Unit 1 with the processors 0 and 2 and unit 3 with the processor 1, behind one socket.
+TDeviceRecord SharedSocket()
+{
+    TDeviceRecord device;
+    device.BoardCount = 4;
+    device.Boards[0] = {"", "Main", "127.0.0.9", true, 0, 0, 1, "", "", ""};
+    device.Boards[1] = {"", "Main", "127.0.0.9", false, 2, 0, 1, "", "", ""};
+    device.Boards[2] = {"", "Panel", "127.0.0.9", false, 0, 0, 9, "/opt", "", ""};
+    device.Boards[3] = {"", "Aux", "127.0.0.9", false, 1, 0, 3, "", "", ""};
+    return device;
+}
+
+void Connect(QTcpSocket& socket, const Instrument& instrument)
+{
+    socket.connectToHost("127.0.0.9", quint16(instrument.Device().Boards[3].Port));
+    QTRY_COMPARE(socket.state(), QTcpSocket::ConnectedState);
+}
+
+} // namespace
+
+class TestSimulator : public QObject
+{
+    Q_OBJECT
+private slots:
+    void wire_data()
+    {
+        QTest::addColumn<QByteArray>("sent");
+        QTest::addColumn<QByteArray>("answers");
+        QTest::addColumn<bool>("closes");
+        const auto row = [](const char* name, const char* sent, const char* answers, bool closes = false) {
+            QTest::newRow(name) << QByteArray(sent) << QByteArray(answers) << closes;
+        };
+        row("type", "raw 0102 0000 0011 01 47 0d00 44455649434554595045203f3b",
+            "raw 0102 0000 0014 01 47 1000 44455649434554595045204d61696e3b");
+        row("serial", "01 47 0900 53455249414c203f3b", "01 47 0e00 53455249414c203030303030313b");
+        row("versions with a gap", "ver", "01 47 1000 56455220312e3020302e3020312e303b");
+        row("one processor, one version", "03 47 0600 564552203f3b", "03 47 0800 56455220312e303b");
+        row("image started anew", "block|block|crc|finish", "blockOk|blockOk|crcOk|finishOk", true);
+        row("two blocks", "block|01 48 0b00 01a0 0900 0000 01000000 ff|01 48 0600 02a0 4a96 0000",
+            "blockOk|blockOk|crcOk");
+        row("gap between blocks", "block|01 48 0b00 01a0 0a00 0000 01000000 ff", "blockOk|no");
+        row("offset's high half", "block|01 48 0b00 01a0 0900 0100 01000000 ff", "blockOk|no");
+        row("block shorter than its size", "01 48 0b00 01a0 0000 0000 02000000 ff", "no");
+        row("binary length wrong", "block|01 48 0700 02a0 374b 0000|crc", "blockOk|no|crcOk");
+        row("wrong CRC drops the image", "block|01 48 0600 02a0 384b 0000|crc", "blockOk|no|no");
+        row("wrong size drops the image", "block|crc|01 48 0600 05a0 0900 0100|finish", "blockOk|crcOk|no|no");
+        row("no CRC before the finish", "block|finish", "blockOk|no");
+        row("block after the CRC", "block|crc|01 48 0b00 01a0 0900 0000 01000000 ff|01 48 0600 05a0 0a00 0000",
+            "blockOk|crcOk|blockOk|no");
+        row("no such processor", "block|crc|01 48 0600 04a0 0900 0000", "blockOk|crcOk|no");
+        row("unknown text", "01 47 0700 5245424f4f543b", "01 c7 03");
+        row("text length wrong", "01 47 0700 564552203f3b|01 47", "01 c7 03|01 c7 03");
+        row("unknown function", "01 03 0000 0001", "01 83 01");
+        row("unknown unit", "09 47 0600 564552203f3b", "09 c7 0b");
+        row("protocol not 0", "block|raw 0007 0001 000a 01 47 0600 564552203f3b", "blockOk", true);
+        row("length without a function", "raw 0007 0000 0001 01", "", true);
+        row("length over a frame", "raw 0007 0000 00ff 01 47", "", true);
+    }
+
+    void wire()
+    {
+        QFETCH(QByteArray, sent);
+        QFETCH(QByteArray, answers);
+        QFETCH(bool, closes);
+        // All requests in one segment, then every byte in one of its own.
+        for (const int segment : {1000, 1}) {
+            Instrument instrument(SharedSocket(), {});
+            QString error;
+            QVERIFY2(instrument.Start(&error), qPrintable(error));
+            QTcpSocket socket;
+            Connect(socket, instrument);
+            const QByteArray bytes = Frames(sent);
+            for (qsizetype at = 0; at < bytes.size(); at += segment) {
+                socket.write(bytes.mid(at, segment));
+                QTest::qWait(1);
+            }
+            QByteArray received;
+            QTRY_COMPARE((received += socket.readAll()).toHex(' '), Frames(answers).toHex(' '));
+            QTRY_COMPARE(socket.state(), closes ? QTcpSocket::UnconnectedState : QTcpSocket::ConnectedState);
+        }
+    }
+
+    void imageAndRestart()
+    {
+        const QTemporaryDir folder;
+        Instrument instrument(SharedSocket(), {"1", 1s, folder.path()});
+        QString error;
+        QVERIFY2(instrument.Start(&error), qPrintable(error));
+        instrument.SetVersion(0, "3.1");
+        const int port = instrument.Device().Boards[1].Port;
+        QTcpSocket first, second;
+        Connect(first, instrument);
+        Connect(second, instrument);
+        first.write(Frames("01 48 2200 01a0 0000 0000 18000000 555044494d473120322e3500000000000000000000000000|"
+                           "01 48 0600 02a0 4f5d 0000|01 48 0600 05a0 1800 0000"));
+        QTRY_COMPARE(first.state(), QTcpSocket::UnconnectedState);
+        const QByteArray image = "UPDIMG1 2.5" + QByteArray(13, '\0');
+        QCOMPARE(instrument.Image(1), image);
+        QCOMPARE(instrument.Version(1), "1.0");
+        QFile saved(folder.filePath(QString("127.0.0.9_%1_1_2.img").arg(port)));
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll(), image);
+        // The restarting unit says nothing while the other one behind its socket goes on.
+        second.write(Frames("ver|03 47 0600 564552203f3b"));
+        QByteArray received;
+        QTRY_COMPARE((received += second.readAll()), Frames("03 47 0800 56455220312e303b"));
+        // The second image's version "a;b" would break the answer. With both restarting nothing listens.
+        second.write(Frames("03 48 2200 01a0 0000 0000 18000000 555044494d473120613b6200000000000000000000000000|"
+                            "03 48 0600 02a0 b008 0000|03 48 0600 04a0 1800 0000"));
+        QTRY_COMPARE(second.state(), QTcpSocket::UnconnectedState);
+        first.connectToHost("127.0.0.9", quint16(port));
+        QTRY_COMPARE(first.error(), QTcpSocket::ConnectionRefusedError);
+        QTRY_COMPARE(instrument.Version(3), "0.0");
+        first.connectToHost("127.0.0.9", quint16(port));
+        first.write(Frames("ver"));
+        received.clear();
+        QTRY_COMPARE((received += first.readAll()).mid(10), "VER 3.1 0.0 2.5;");
+        QCOMPARE(instrument.RequestCount(), 9);
+    }
+
+    void program_data()
+    {
+        QTest::addColumn<QByteArray>("board");
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QByteArray>("word");
+        const auto row = [](const char* name, const char* board, const QString& options, const char* word) {
+            QTest::newRow(name) << QByteArray(board) << options << QByteArray(word);
+        };
+        const char* const good = "'Ip': '127.0.0.2', 'Port': TAKEN";
+        const QString file = "--catalogue|FILE";
+        row("good", good, file, "");
+        row("unknown option", good, file + "|--speed|2", "speed");
+        row("no catalogue", good, "--device|0", "--catalogue");
+        row("no such file", good, file + ".gone", "updater.json.gone");
+        row("empty file", "EMPTY", file, "empty");
+        row("not JSON", "'Ip' 1", file, "near line 2, column 7");
+        row("no devices", "}]}], 'Devices': [], 'Other': [{'Boards': [{", file, "no devices");
+        row("device out of range", good, file + "|--device|1", "0..0");
+        row("device no number", good, file + "|--device|x", "--device");
+        row("programs only", "'Path': '/opt'", file, "no firmware modules");
+        row("no IPv4 address", "'Ip': '::1', 'Port': 1", file, "board 0: Ip");
+        row("shortened address", "'Ip': '127.1', 'Port': 1", file, "127.1");
+        row("port 0", "'Ip': '127.0.0.2', 'Port': 0", file, "Port 0");
+        row("port too high", "'Ip': '127.0.0.2', 'Port': 65536", file, "Port 65536");
+        row("port taken", "'Ip': '127.0.0.1', 'Port': TAKEN", file, "cannot listen on 127.0.0.1:");
+        row("unit address", "'Ip': '127.0.0.2', 'Port': 1, 'MBAddr': 256", file, "MBAddr 256");
+        row("processor", "'Ip': '127.0.0.2', 'Port': 1, 'IdCPU': -1", file, "IdCPU -1");
+        for (const char* serial : {"", "a b", "a;b", "\u00e4"})
+            row(qPrintable("serial " + QString(serial)), good, file + "|--serial|" + serial, "--serial");
+        for (const char* time : {"x", "-1", "3600.1", "nan"})
+            row(qPrintable("restart " + QString(time)), good, file + "|--restart|" + time, "--restart");
+        row("no folder", good, file + "|--images|FILE", "--images");
+    }
+
+    void program()
+    {
+        QFETCH(QByteArray, board);
+        QFETCH(QString, options);
+        QFETCH(QByteArray, word);
+        QTcpServer taken;
+        QVERIFY(taken.listen(QHostAddress("127.0.0.1")));
+        board = "{'Devices': [{'Name': 'X', 'Boards': [{\n" + board + "}]}]}";
+        board.replace('\'', '"').replace("TAKEN", QByteArray::number(taken.serverPort()));
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("updater.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(board.contains("EMPTY") ? "" : board);
+        file.close();
+        QProcess process;
+        process.start(SIMULATOR_PROGRAM, options.replace("FILE", file.fileName()).split('|'));
+        if (word.isEmpty()) {
+            QVERIFY(process.waitForReadyRead());
+            QVERIFY(process.readAllStandardOutput().endsWith(" ready: X, 1 modules on 1 addresses\n"));
+            return process.close();
+        }
+        QVERIFY(process.waitForFinished());
+        const QByteArray line = process.readAllStandardError();
+        QCOMPARE(line.count('\n'), 1);
+        QVERIFY2(line.contains(word), line);
+        QCOMPARE(process.exitCode(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSimulator)
+#include "tst_simulator.moc"

@@ -1,0 +1,134 @@
+// What touches the panel's own disk: a copy must end, lose nothing, and never delete its own source.
+
+#include "Hand.h"
+#include "Stage.h"
+#include "Table.h"
+#include "TimeLimits.h"
+#include "Util.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+class TestUtil : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void Command_data()
+    {
+        const Table<QString, bool> row("command", "result");
+        row("silent", "true", true);
+        row("fails silently", "false", true);
+        row("no such program", "/no/such/program", true);
+        row("writes to its output", "echo text", true);
+        row("writes to its errors, succeeds", "sh -c \"echo text >&2\"", false);
+        row("no shell", "true; echo x >&2", true);
+        row("empty", "", true);
+        row("spaces", "   ", true);
+        row("runs too long", "sleep 20", true);
+    }
+    void Command()
+    {
+        QFETCH(QString, command);
+        g_timeLimits.systemCommand = 300ms;
+        QTEST(Util::BashCommand(command), "result");
+    }
+
+    void Version()
+    {
+        const QTemporaryDir folder;
+        stage::WriteFile(folder.filePath("program.ver"), "1.2 \xd0\xb1\n");
+        QCOMPARE(Util::GetVersion(nullptr, folder.path(), "program", true), "1.2 б\n");
+
+        Hand hand;
+        const QString name = "<b>missing</b>";
+        const QString path = folder.filePath(name) + ".ver";
+        hand.Step(
+            "the box",
+            [=] {
+                const QMessageBox* box = Hand::OpenBox();
+                return box && box->windowTitle() == "test" && box->textFormat() == Qt::PlainText
+                       && box->icon() == QMessageBox::Critical && box->text() == path + ": No such file or directory";
+            },
+            [] { Hand::PressNow(Hand::OpenBox()->button(QMessageBox::Ok)); });
+        hand.Start(5s);
+        QCOMPARE(Util::GetVersion(nullptr, folder.path(), name, false), "???");
+        QVERIFY(hand.Failure.isEmpty());
+    }
+
+    void CopyLeavesOut_data()
+    {
+        QTest::addColumn<bool>("copied");
+        for (const char* name : {"base/f", "firmware/f", "update.old/f", ".hidden", "a/base/f", "a/.hidden/f"})
+            QTest::newRow(name) << false;
+        for (const char* name : {"f", "a/b/f", "Base/f", "firmware.bin", "a/update.old.txt"})
+            QTest::newRow(name) << true;
+    }
+    void CopyLeavesOut()
+    {
+        const QTemporaryDir root;
+        const QString name = QTest::currentDataTag();
+        stage::WriteFile(root.filePath("src/" + name), "content");
+        stage::WriteFile(root.filePath("dst/other"), "kept");
+        QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
+        QFETCH(bool, copied);
+        QCOMPARE(stage::ReadFile(root.filePath("dst/" + name)), copied ? QByteArray("content") : QByteArray());
+        QCOMPARE(stage::ReadFile(root.filePath("dst/other")), "kept");
+    }
+
+    void CopyResult()
+    {
+        const QTemporaryDir root;
+        stage::WriteFile(root.filePath("firmware/f"), "1");
+        QVERIFY(QDir(root.path()).mkpath("dst"));
+        QVERIFY(Util::CopyPath(root.filePath("firmware"), root.filePath("dst")));
+        QVERIFY(QDir(root.filePath("dst")).isEmpty());
+        QVERIFY(!Util::CopyPath(root.filePath("missing"), root.filePath("dst")));
+        // A folder stands where the file belongs.
+        stage::WriteFile(root.filePath("src/f"), "1");
+        QVERIFY(QDir(root.path()).mkpath("dst/f"));
+        QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("dst")));
+        QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("nowhere")));
+    }
+
+    void CopyReplacesInOneStep()
+    {
+        const QTemporaryDir root;
+        stage::WriteFile(root.filePath("src/program"), "new");
+        QFile::setPermissions(root.filePath("src/program"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        stage::WriteFile(root.filePath("dst/program"), "old");
+        QFile running(root.filePath("dst/program"));
+        QVERIFY(running.open(QIODevice::ReadOnly));
+        QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
+        // Whoever has the old file open keeps it whole: its bytes are not overwritten.
+        QCOMPARE(running.readAll(), "old");
+        QCOMPARE(stage::ReadFile(root.filePath("dst/program")), "new");
+        QVERIFY(QFileInfo(root.filePath("dst/program")).isExecutable());
+        QCOMPARE(QDir(root.filePath("dst")).entryList(QDir::Files | QDir::Hidden), QStringList{"program"});
+    }
+
+    void CopyEnds()
+    {
+        const QTemporaryDir root;
+        stage::WriteFile(root.filePath("src/a/f"), "1");
+        QVERIFY(QFile::link(root.filePath("src"), root.filePath("src/a/up")));
+        QVERIFY(QFile::link(root.path(), root.filePath("src/a/further-up")));
+        // The target lies inside of the source, as a backup does.
+        QVERIFY(QDir(root.path()).mkpath("src/backup"));
+        QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("src/backup")));
+        QCOMPARE(stage::ReadFile(root.filePath("src/backup/a/f")), "1");
+        QCOMPARE(QDir(root.filePath("src/backup")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList{"a"});
+        QVERIFY(Util::CopyPath(root.filePath("src/a"), root.filePath("src/a")));
+        QCOMPARE(stage::ReadFile(root.filePath("src/a/f")), "1");
+    }
+};
+
+QTEST_MAIN(TestUtil)
+#include "tst_util.moc"
