@@ -36,7 +36,7 @@ void Hand::Press(const QString& objectName)
         "press " + objectName,
         [=] {
             const QWidget* widget = Find(objectName);
-            return widget && widget->isEnabled();
+            return widget && widget->isEnabled() && IsReachable(widget);
         },
         [=] { PressNow(Find(objectName)); });
 }
@@ -160,6 +160,12 @@ QDialog* Hand::OpenDialog()
 QMessageBox* Hand::OpenBox()
 {
     return qobject_cast<QMessageBox*>(OpenDialog());
+}
+
+bool Hand::IsReachable(const QWidget* widget)
+{
+    const QWidget* modal = QApplication::activeModalWidget();
+    return !modal || modal == widget->window();
 }
 
 void Hand::PressNow(QWidget* widget)

@@ -31,7 +31,7 @@ public:
         Step(
             "go on", [] { return true; }, std::move(action));
     }
-    /// Presses the visible button once it is enabled.
+    /// Presses the visible button once it is enabled and nothing modal blocks its window.
     void Press(const QString& objectName);
     /// Waits for the box with this text and presses its button with that text.
     void AnswerBox(const QString& text, const QString& buttonText);
@@ -50,6 +50,8 @@ public:
     /// pop-up.
     static QDialog* OpenDialog();
     static QMessageBox* OpenBox();
+    /// Nothing modal keeps a press from this widget's window.
+    static bool IsReachable(const QWidget* widget);
     static void PressNow(QWidget* widget);
     static void PressNow(QWidget* widget, const QPoint& at);
 

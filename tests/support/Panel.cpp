@@ -140,7 +140,7 @@ void Panel::TakeArchive(const stage::Files& files)
     stage::WriteZip(Path("new.zip"), files);
     hand.Press("buttonArchive");
     hand.ChooseFile("Открыть архив с прошивками", "new.zip");
-    hand.Step("the archive is analysed", [this] { return Controls() == "idle" && !Hand::OpenDialog(); });
+    hand.Step("the archive is analysed", [this] { return Controls() == "idle" && Hand::IsReachable(window.get()); });
 }
 
 void Panel::PressRow(int row, int column)
