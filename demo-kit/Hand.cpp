@@ -55,7 +55,7 @@ void Hand::AnswerBox(const QString& text, const QString& buttonText)
     };
     Step(
         "answer " + buttonText + " to: " + text, [=] { return button() != nullptr; }, [=] { PressNow(button()); });
-    Step("the box is gone", [=] { return !button(); });
+    Step(BoxIsGone, [=] { return !button(); });
 }
 
 void Hand::ChooseFile(const QString& title, const QString& fileName)

@@ -21,6 +21,9 @@ public:
     using Condition = std::function<bool()>;
     using Action = std::function<void()>;
 
+    /// The last step of AnswerBox.
+    static constexpr char BoxIsGone[] = "the box is gone";
+
     Hand();
 
     /// `then` happens once, as soon as `when` holds.
@@ -43,6 +46,8 @@ public:
     /// Does the steps now; true when all were done. `Failure` names the step that was not.
     bool Run(std::chrono::milliseconds stepLimit = std::chrono::seconds(15));
     QString Failure;
+    /// Name of the step that is waited for; empty when all are done.
+    QString Next() const { return m_steps.isEmpty() ? QString() : m_steps.first().name; }
 
     /// The visible widget with this object name; null when there is none.
     static QWidget* Find(const QString& objectName);

@@ -65,10 +65,20 @@ public:
             std::fprintf(stderr, "hand: gave up waiting: %s\n", qPrintable(Failure));
             std::_Exit(4);
         });
+        connect(qApp, &QCoreApplication::aboutToQuit, this, &Operator::CheckTheEnd);
         Start(task == "road" ? 60s : 12s);
     }
 
 private:
+    /// The program must not end before the operator has seen what he waits for; that a box has gone he need not see.
+    void CheckTheEnd()
+    {
+        if (Next().isEmpty() || Next() == BoxIsGone)
+            return;
+        std::fprintf(stderr, "hand: the program ended before: %s\n", qPrintable(Next()));
+        std::_Exit(4);
+    }
+
     void Shot(const QString& name)
     {
         const QString folder = qEnvironmentVariable("UPDATER_HAND_SHOTS");

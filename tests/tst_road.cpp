@@ -363,6 +363,7 @@ private slots:
         QTest::qWait(100);
         QCOMPARE(panel.Controls(), "idle");
         QCOMPARE(second.blocks, 0);
+        QCOMPARE(isLast ? QString() : panel.Status(1), "");
         QVERIFY(first.blocks < 3 || presses == 2);
         QVERIFY(!QFileInfo::exists(Panel::Path("update.old")));
     }

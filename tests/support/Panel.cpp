@@ -31,7 +31,8 @@ Panel::Panel()
                     .popupExposure = 100ms};
     QDir(ExtractionFolder()).removeRecursively();
     QFile::remove(qEnvironmentVariable("SUDO_LOG"));
-    QDir(Path("update.old")).removeRecursively();
+    for (const char* leftOver : {"update.old", "firmware"})
+        QDir(Path(leftOver)).removeRecursively();
 }
 
 Panel::~Panel()
