@@ -1,11 +1,11 @@
 // The real program in a process of its own: one copy at a time, its assertion, and that it always ends.
 
 #include "FakeBoard.h"
+#include "RunGuard.h"
 #include "Stage.h"
 #include "Table.h"
 
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -17,14 +17,12 @@ class TestProgram : public QObject
 {
     Q_OBJECT
 
-    /// Starts the program in `folder` with a temporary folder of its own, worked by the hand when it is given
-    /// a task.
+    /// Starts the program in `folder`, worked by the hand when it is given a task. All copies share one temporary
+    /// folder: a killed one leaves its marker behind, and only the key file there leads the next one to it.
     static void Start(QProcess& process, const QTemporaryDir& folder, const QString& task = {})
     {
         QFile::copy(UPDATER_PROGRAM, folder.filePath("updater"));
-        QDir(folder.path()).mkpath("tmp");
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("TMPDIR", folder.filePath("tmp"));
         environment.insert("QT_MESSAGE_PATTERN", "%{file} %{message}");
         if (!task.isEmpty()) {
             environment.insert("QT_QPA_GENERIC_PLUGINS", "hand");
@@ -65,6 +63,9 @@ class TestProgram : public QObject
     }
 
 private slots:
+    // The guard's constructor removes what the last killed copy left: a segment outlives even this folder.
+    void cleanup() { RunGuard("updater_single_instance_app"); }
+
     void OneCopyAtATime()
     {
         const QTemporaryDir folder;

@@ -458,13 +458,13 @@ private slots:
     {
         Actor board;
         Panel panel;
-        g_timeLimits.firstSearch = 100ms;
+        g_timeLimits.firstSearch = 400ms;
         int searches = 0;
         bool noneYet = false;
         board.fault = [&](const Call& c) { return searches += c.Asks("DEVICETYPE ?;"), false; };
         panel.hand.Press("buttonArchive");
         panel.hand.Step("no search under a dialog", [] { return Hand::OpenDialog(); });
-        panel.hand.Do([] { QTest::qWait(300); });
+        panel.hand.Do([] { QTest::qWait(900); });
         panel.hand.Do([&] { noneYet = searches == 0, Hand::OpenDialog()->reject(); });
         panel.hand.Press("button_DeviceType");
         panel.Open({stage::Device("П", 7, {board.Record("a", 1, 0)})});
