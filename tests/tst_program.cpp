@@ -139,6 +139,8 @@ private slots:
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QVERIFY2(process.exitCode() == 0, log.right(600));
         QVERIFY(timer.elapsed() < 9000);
+        QVERIFY(log.contains("Try connect"));
+        QCOMPARE(blocks > 0, silentOn.isEmpty());
         QVERIFY(blocks < 3000000 / 240);
         // The marker is released: the next copy runs.
         QProcess next;
