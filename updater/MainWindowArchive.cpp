@@ -183,6 +183,8 @@ QWidget* MainWindow::ShowWaitPopup(const QString& text)
     const QPoint centre = geometry().center();
     popup->setGeometry(centre.x() - 200, centre.y() - 30, 400, 60);
     auto* layout = new QVBoxLayout(popup);
+    // Only the frame's: the text with its padding needs all of the width.
+    layout->setContentsMargins(3, 3, 3, 3);
     layout->setAlignment(Qt::AlignCenter);
     auto* label = new QLabel(text);
     label->setFont(font());
