@@ -14,6 +14,8 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <thread>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -347,15 +349,19 @@ private slots:
         QList<TBoardRecord> boards{first.Record("a", 1, 0), second.Record("b", 2, 1)};
         panel.Open({stage::Device("П", 7, boards.first(isLast ? 1 : 2))});
         const auto press = [&] { Hand::PressNow(panel.window->findChild<QPushButton*>("buttonUpdate")); };
+        std::jthread inTheSleep;
         first.fault = [&](const Call& c) {
             if (presses == 1 && c.actor.blocks == 1)
                 press();
-            // They wait in the queue until the sleep behind the finish command is over.
+            // From another thread: this one will be in the blocking sleep behind the finish command.
             if (presses == 2 && c.word == 0xA003)
-                QTimer::singleShot(0, this, [=] { press(), press(); });
+                inTheSleep = std::jthread([=] {
+                    std::this_thread::sleep_for(100ms);
+                    press(), press();
+                });
             return false;
         };
-        g_timeLimits.restartPause = 200ms;
+        g_timeLimits.restartPause = 400ms;
         panel.TakeArchive(BothImages());
         panel.hand.Press("buttonUpdate");
         panel.hand.AnswerBox(Failure, "OK");
