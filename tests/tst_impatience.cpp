@@ -1,0 +1,225 @@
+// What an impatient hand or a bad board makes of the road: every end is told truly, and nothing is left behind.
+
+#include "Actor.h"
+#include "Panel.h"
+#include "Table.h"
+#include "TimeLimits.h"
+
+#include <QDialog>
+#include <QFileInfo>
+#include <QPushButton>
+#include <QTest>
+
+#include <thread>
+
+using namespace std::chrono_literals;
+
+Q_DECLARE_METATYPE(Fault)
+
+class TestImpatience : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void RunWithAFault_data()
+    {
+        // Status and version of the faulty module, then of the next one.
+        const Table<QString, QString, QString, Fault> row("box", "status", "versions", "fault");
+        row("none", Success, "ok ok", "2.0 2.0", {});
+        row("block refused", Failure, "cancel ", "1.0 1.0",
+            [](const Call& c) { return c.word == 0xA001 && c.actor.blocks == 1 && c.Refuse(); });
+        row("gone in a block", Failure, "cancel ", "1.0 1.0",
+            [](const Call& c) { return c.word == 0xA001 && c.HangUp(); });
+        row("bare finish unanswered", Success, "ok ok", "2.0 2.0", [](const Call& c) {
+            c.actor.finished = c.actor.finished || c.word == 0xA003;
+            return c.word == 0xA003 && c.HangUp();
+        });
+        row("never restarts: the next module is still written", Failure, "cancel ok", "1.0 2.0",
+            [](const Call& c) { return c.actor.finished && c.HangUp(); });
+        row("restarts with the old version: told by the icon", Success, "cancel ok", "1.0 2.0",
+            [](const Call& c) { return c.actor.nextVersion = "1.0", false; });
+        row("restarts as another type", Failure, "cancel ok", "1.0 2.0",
+            [](const Call& c) { return c.actor.type = c.actor.finished ? "X" : "DEV", false; });
+        row("no version after the restart", Failure, "cancel ok", "??? 2.0",
+            [](const Call& c) { return c.actor.finished && c.Asks("VER ?;") && c.HangUp(); });
+        row("switched off: silently skipped", Success, " ok", "1.0 2.0",
+            [](const Call& c) { return c.actor.board.close(), c.HangUp(); });
+        row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0",
+            [](const Call&) { return QFile::remove(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd"), false; });
+        row("the next module's file is replaced behind its certificate", Failure, "ok cancel", "2.0 1.0",
+            [](const Call&) { return stage::WriteFile(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd", "other"), false; });
+        row("another instrument in its place: not written", Failure, "cancel ", "1.0 1.0", [](const Call& c) {
+            return c.actor.type = "X", QTest::qVerify(c.word == 0, "no write", "", "", 0), false;
+        });
+    }
+    void RunWithAFault()
+    {
+        QFETCH(Fault, fault);
+        QFETCH(QString, box);
+        Actor first;
+        Actor second;
+        Panel panel;
+        panel.Open({stage::Device("П", 7, {first.Record("a", 1, 0), second.Record("b", 2, 1)})});
+        panel.TakeArchive(BothImages());
+        panel.hand.Do([&] { first.fault = fault; });
+        panel.hand.Press("buttonUpdate");
+        panel.hand.AnswerBox(box, box == Success ? "Нет" : "OK");
+        QVERIFY2(panel.hand.Run(30s), qPrintable(panel.hand.Failure));
+        QTEST(panel.Status(0) + " " + panel.Status(1), "status");
+        QTEST(panel.Versions(), "versions");
+        QCOMPARE(panel.Controls(), "idle");
+        QCOMPARE(second.blocks > 0, panel.Status(1) == "ok");
+        QCOMPARE(QFileInfo::exists(Panel::Path("update.old")), box == Success);
+    }
+
+    void Stop_data()
+    {
+        const Table<int, bool> row("presses", "isLast"); // presses 1: in the transfer; 2: in the sleep behind it
+        row("in the transfer", 1, false);
+        row("twice in the blocking sleep", 2, false);
+        row("twice in the last module's sleep", 2, true);
+    }
+    void Stop()
+    {
+        QFETCH(int, presses);
+        QFETCH(bool, isLast);
+        Actor first;
+        Actor second;
+        Panel panel;
+        QList<TBoardRecord> boards{first.Record("a", 1, 0), second.Record("b", 2, 1)};
+        panel.Open({stage::Device("П", 7, boards.first(isLast ? 1 : 2))});
+        const auto press = [&] { Hand::PressNow(panel.window->findChild<QPushButton*>("buttonUpdate")); };
+        std::jthread inTheSleep;
+        first.fault = [&](const Call& c) {
+            if (presses == 1 && c.actor.blocks == 1)
+                press();
+            // From another thread: this one will be in the blocking sleep behind the finish command.
+            if (presses == 2 && c.word == 0xA003)
+                inTheSleep = std::jthread([=] {
+                    std::this_thread::sleep_for(100ms);
+                    press(), press();
+                });
+            return false;
+        };
+        g_timeLimits.restartPause = 400ms;
+        panel.TakeArchive(BothImages());
+        panel.hand.Press("buttonUpdate");
+        panel.hand.AnswerBox(Failure, "OK");
+        QVERIFY2(panel.hand.Run(30s), qPrintable(panel.hand.Failure));
+        QTest::qWait(100);
+        QCOMPARE(panel.Controls(), "idle");
+        QCOMPARE(second.blocks, 0);
+        QCOMPARE(isLast ? QString() : panel.Status(1), "");
+        QVERIFY(first.blocks < 3 || presses == 2);
+        QVERIFY(!QFileInfo::exists(Panel::Path("update.old")));
+    }
+
+    void MarksStayWithTheirDevice()
+    {
+        Actor board;
+        Panel panel;
+        const TBoardRecord record = board.Record("a", 1, 0);
+        TBoardRecord other = record;
+        other.Type = "DEV2";
+        panel.Open({stage::Device("П", 7, {record}), stage::Device("Р", 7, {other, record})});
+        panel.TakeArchive(BothImages());
+        bool onlyCloseInSearch = true;
+        board.fault = [&](const Call& c) {
+            const bool right = !panel.IsEnabled("buttonUpdate") && panel.IsEnabled("buttonClose");
+            onlyCloseInSearch = onlyCloseInSearch && (right || !c.Asks("DEVICETYPE ?;"));
+            return false;
+        };
+        panel.PressRow(0, 4);
+        panel.hand.Press("button_DeviceType");
+        panel.WaitForVersions();
+        panel.hand.Step("a mark taken off stays off", [&] { return !panel.IsEnabled("buttonUpdate"); });
+        panel.PressRow(0, 4);
+        panel.hand.Press("button_DeviceType");
+        panel.WaitForVersions();
+        panel.hand.Step("same device: kept",
+                        [&] { return panel.Cell(0, 2) == "2.0" && panel.IsEnabled("buttonUpdate"); });
+        panel.hand.Do([&] { board.type = "DEV2"; });
+        panel.hand.Press("button_DeviceType");
+        panel.hand.Step("other device: dropped", [&] {
+            return panel.Text("button_DeviceType") == "Прибор Р  № 55" && panel.Cell(0, 2).isEmpty()
+                   && !panel.IsEnabled("buttonUpdate") && panel.Controls() == "idle";
+        });
+        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QVERIFY(onlyCloseInSearch);
+    }
+
+    void PressedInTheMiddleOfReading_data()
+    {
+        const Table<QString, QString, QString> row("type", "device",
+                                                   "versions"); // type: the main board's after the press
+        row("search that selects a device with fewer modules", "DEV2", "Прибор Р  № 55", "1.0");
+        row("search that finds nothing", "NOBODY", "Прибор не найден!", "1.0 1.0 1.0");
+        row("archive", "DEV", "Прибор П  № 55", "1.0 ??? 1.0");
+        // Never a version of before the run behind the run.
+        row("update", "DEV", "Прибор П  № 55", "2.0 2.0 2.0");
+    }
+    void PressedInTheMiddleOfReading()
+    {
+        const QString press = QTest::currentDataTag();
+        QFETCH(QString, type);
+        Actor main;
+        Actor slow;
+        Panel panel;
+        TBoardRecord other = main.Record("other", 1, 0);
+        other.Type = "DEV2";
+        const QList<TBoardRecord> boards{main.Record("a", 1, 0), slow.Record("b", 2, 1), main.Record("c", 3, 0)};
+        panel.Open({stage::Device("П", 7, boards), stage::Device("Р", 8, {other})});
+        g_timeLimits.reply = 3s;
+        if (press == "update")
+            panel.TakeArchive(BothImages());
+        // The second module keeps its version back until the hand has pressed; behind an archive it stays silent.
+        bool silent = false;
+        bool reading = false;
+        slow.fault = [&](const Call& c) { return reading = silent && c.Asks("VER ?;"); };
+        panel.hand.Do([&] { silent = true; });
+        panel.hand.Press("button_DeviceType");
+        panel.hand.Step("in the middle", [&] { return reading; });
+        panel.hand.Do([&] {
+            main.type = type.toLatin1();
+            silent = press == "archive";
+        });
+        if (press == "archive")
+            panel.TakeArchive(BothImages());
+        else
+            panel.hand.Press(press == "update" ? "buttonUpdate" : "button_DeviceType");
+        if (press == "update")
+            panel.hand.AnswerBox(Success, "Нет");
+        panel.hand.Step("all is idle", [&] {
+            return panel.Controls() == "idle" && panel.Text("label_Update").isEmpty()
+                   && panel.Text("button_DeviceType") != "Поиск прибора...";
+        });
+        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QTest::qWait(50);
+        QCOMPARE(panel.Controls(), "idle");
+        QTEST(panel.Versions(), "versions");
+        QTEST(panel.Text("button_DeviceType"), "device");
+    }
+
+    void OperatorIsQuickerThanTheFirstSearch()
+    {
+        Actor board;
+        Panel panel;
+        g_timeLimits.firstSearch = 400ms;
+        int searches = 0;
+        bool noneYet = false;
+        board.fault = [&](const Call& c) { return searches += c.Asks("DEVICETYPE ?;"), false; };
+        panel.hand.Press("buttonArchive");
+        panel.hand.Step("no search under a dialog", [] { return Hand::OpenDialog(); });
+        panel.hand.Do([] { QTest::qWait(900); });
+        panel.hand.Do([&] { noneYet = searches == 0, Hand::OpenDialog()->reject(); });
+        panel.hand.Press("button_DeviceType");
+        panel.Open({stage::Device("П", 7, {board.Record("a", 1, 0)})});
+        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QTest::qWait(200);
+        QVERIFY(noneYet);
+        QCOMPARE(searches, 1);
+    }
+};
+
+QTEST_MAIN(TestImpatience)
+#include "tst_impatience.moc"
