@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Words.h"
+
+class QCommandLineParser;
+
+/// The program's exit status.
+enum Status { Fine = 0, HasFindings = 1, IsMisused = 2 };
+
+/// Thrown for arguments or files that cannot be used: one line that names file, place and remedy.
+struct Misuse
+{
+    Words why;
+};
+
+/// One verb of the program.
+struct Verb
+{
+    QString name;
+    Words summary;   ///< one sentence
+    Words arguments; ///< the positional ones, as in a line of usage
+    void (*addOptions)(QCommandLineParser& parser);
+    /// Returns the exit status; throws Misuse.
+    Status (*run)(const QCommandLineParser& parser);
+};
+
+Verb CertifyVerb();
+Verb PackVerb();
+Verb VerifyVerb();
+Verb CheckVerb();

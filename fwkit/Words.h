@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+/// A text in both languages of the tool.
+struct Words
+{
+    QString en;
+    QString ru;
+};
+
+/// The text in the language of the locale (LC_ALL, LC_MESSAGES, LANG, the first that is set): Russian for "ru…",
+/// English for any other.
+QString Say(const Words& words);
