@@ -158,6 +158,12 @@ QString Board::ComeBack()
     return Versions();
 }
 
+void Board::ForgetNewImages()
+{
+    for (auto& [id, processor] : m_processors)
+        processor.isNew = false;
+}
+
 QString Board::Versions() const
 {
     // Whoever asks a board with one processor takes the only word, whatever that processor's number is.

@@ -37,6 +37,10 @@ public:
     void GoSilent();
     /// Ends the silence: accepted images now run. Returns the versions as in the answer to "VER ?;".
     QString ComeBack();
+    /// The accepted images that do not run yet never will.
+    void ForgetNewImages();
+    /// What it answers to "DEVICETYPE ?;" from now on.
+    void Become(const QString& type) { m_type = type; }
     bool IsSilent() const { return m_isSilent; }
 
 private:

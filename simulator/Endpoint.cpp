@@ -1,6 +1,7 @@
 #include "Endpoint.h"
 
 #include <QDir>
+#include <QPointer>
 #include <QSaveFile>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -9,11 +10,21 @@
 #include <algorithm>
 #include <utility>
 
-Endpoint::Endpoint(const QString& ip, quint16 port, Instrument::Options options, QObject* parent)
+#include <sys/socket.h>
+
+namespace {
+
+/// Long enough for the client to see each segment by itself.
+constexpr std::chrono::milliseconds SegmentPause{1};
+
+} // namespace
+
+Endpoint::Endpoint(const QString& ip, quint16 port, Instrument::Options options, FaultPlan* plan, QObject* parent)
     : QObject(parent)
     , m_ip(ip)
     , m_port(port)
     , m_options(std::move(options))
+    , m_plan(plan)
     , m_server(new QTcpServer(this))
 {
     connect(m_server, &QTcpServer::newConnection, this, &Endpoint::AcceptConnections);
@@ -80,30 +91,96 @@ void Endpoint::Read(QTcpSocket* socket)
 
 void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
 {
-    ++m_requestCount;
+    Connection& connection = m_connections[socket];
+    if (connection.fault && connection.last == request) {
+        m_plan->CountRepetition();
+        return Tell(request.unit, "repeated, not answered");
+    }
+    connection.fault = m_plan->Strike();
+    connection.last = request;
+    connection.units.insert(request.unit);
+    const std::optional<Fault::Kind> fault = connection.fault;
+    emit Requested(m_plan->RequestCount());
     const auto unit = m_units.find(request.unit);
     if (unit == m_units.end()) {
         const quint8 function = quint8(request.pdu.at(0));
         socket->write(Frame::Answer(request, Frame::ExceptionPdu(function, Frame::TargetDoesNotRespond)));
         return Tell(request.unit, "refused with exception 0x0b: no such unit here");
     }
-    m_connections[socket].units.insert(request.unit);
     if (unit->second.IsSilent())
         return Tell(request.unit, "restarting, request not answered");
+    if (fault)
+        Tell(request.unit, QString("request %1: fault ").arg(m_plan->RequestCount()) + Fault::Name(*fault));
+    if (fault && !Fault::LetsBoardAct(*fault))
+        return Lose(socket, request, *fault);
     const Board::Outcome outcome = unit->second.Handle(request.pdu);
-    socket->write(Frame::Answer(request, outcome.pdu));
     if (!outcome.event.isEmpty())
         Tell(request.unit, outcome.event);
-    if (outcome.accepted == nullptr)
-        return;
-    // The answer is still in the toolkit's buffer and goes out, before the hang-up, once the event loop has
-    // control again: whoever gets it finds the image saved and the unit already off the network.
-    if (!m_options.imageFolder.isEmpty())
+    if (outcome.accepted != nullptr && !m_options.imageFolder.isEmpty())
         Save(request.unit, *outcome.accepted);
-    Restart(request.unit);
+    // The answer is still in the toolkit's buffer when the restart begins, and goes out, before the hang-up, once the
+    // event loop has control again: whoever gets it finds the unit already off the network.
+    const std::function<void()> restart = [this, address = request.unit] { Restart(address); };
+    Answer(
+        socket, request, outcome.pdu, outcome.accepted != nullptr ? restart : [] {});
 }
 
-void Endpoint::Restart(int address)
+void Endpoint::Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault)
+{
+    Send(socket, Fault::Segments(fault, request, {}), [] {});
+    if (fault == Fault::Off || fault == Fault::Refuse)
+        Stop();
+    m_isOff = m_isOff || fault == Fault::Off;
+    if (fault == Fault::Refuse)
+        QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this, &Endpoint::ListenAgain);
+    if (fault == Fault::Reset) {
+        // Without a linger time the system throws the connection away and tells the peer so.
+        const linger none{1, 0};
+        setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+        m_connections.remove(socket);
+        socket->abort();
+    }
+    if (fault == Fault::PowerLoss) {
+        m_units.at(request.unit).ForgetNewImages();
+        Silence(request.unit);
+        QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this,
+                           [this, address = request.unit] { ComeBack(address); });
+    }
+}
+
+void Endpoint::Answer(QTcpSocket* socket, const Frame::Request& request, const QByteArray& pdu,
+                      const std::function<void()>& then)
+{
+    const QByteArray answer = Frame::Answer(request, pdu);
+    const std::optional<Fault::Kind> fault = m_connections[socket].fault;
+    const QList<QByteArray> segments = fault ? Fault::Segments(*fault, request, answer) : QList{answer};
+    if (fault != Fault::Late && fault != Fault::TooLate) {
+        Send(socket, segments, then);
+        if (fault == Fault::Close)
+            Close(socket);
+        return;
+    }
+    const auto delay = fault == Fault::Late ? m_options.late : m_options.tooLate;
+    QTimer::singleShot(delay, Qt::PreciseTimer, this,
+                       [=, this, still = QPointer(socket)] { Send(still, segments, then); });
+}
+
+void Endpoint::Send(QTcpSocket* socket, QList<QByteArray> segments, const std::function<void()>& then)
+{
+    // A client that is gone misses the rest; the board goes on all the same.
+    if (!segments.isEmpty() && m_connections.contains(socket))
+        socket->write(segments.takeFirst());
+    else
+        segments.clear();
+    if (segments.isEmpty())
+        return then();
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket->flush();
+    QTimer::singleShot(SegmentPause, Qt::PreciseTimer, this,
+                       [=, this, still = QPointer(socket)] { Send(still, segments, then); });
+}
+
+void Endpoint::Silence(int address)
 {
     m_units.at(address).GoSilent();
     Tell(address, QString("silent for %1 s").arg(double(m_options.restart.count()) / 1000));
@@ -115,9 +192,29 @@ void Endpoint::Restart(int address)
         if (m_connections[socket].units.contains(address))
             Close(socket);
     }
-    QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this, [this, address] {
-        Tell(address, "back with version " + m_units.at(address).ComeBack());
-        ListenAgain();
+}
+
+void Endpoint::ComeBack(int address)
+{
+    Tell(address, "back with version " + m_units.at(address).ComeBack());
+    ListenAgain();
+}
+
+void Endpoint::Restart(int address)
+{
+    const std::optional<Fault::Kind> fault = m_plan->TakeArmed();
+    Silence(address);
+    if (fault == Fault::NeverRestarts)
+        return Tell(address, "fault never-restarts");
+    QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this, [this, address, fault] {
+        Board& board = m_units.at(address);
+        if (fault == Fault::OldVersion)
+            board.ForgetNewImages();
+        if (fault == Fault::OtherType)
+            board.Become("ANOTHER");
+        if (fault)
+            Tell(address, "fault " + Fault::Name(*fault));
+        ComeBack(address);
     });
 }
 
@@ -137,7 +234,7 @@ void Endpoint::Save(int address, const Processor& processor)
 void Endpoint::ListenAgain()
 {
     QString error;
-    if (m_server->isListening() || Listen(&error))
+    if (m_isOff || m_server->isListening() || Listen(&error))
         return;
     Tell(error + "; trying again in 1 s");
     QTimer::singleShot(std::chrono::seconds(1), this, &Endpoint::ListenAgain);

@@ -11,7 +11,12 @@ namespace Frame {
 enum Function : quint8 { TextFunction = 0x47, BinaryFunction = 0x48 };
 
 /// Exception codes of MODBUS Application Protocol.
-enum Code : quint8 { IllegalFunction = 0x01, IllegalDataValue = 0x03, TargetDoesNotRespond = 0x0B };
+enum Code : quint8 {
+    IllegalFunction = 0x01,
+    IllegalDataValue = 0x03,
+    ServerDeviceFailure = 0x04,
+    TargetDoesNotRespond = 0x0B,
+};
 
 /// Thrown for a request that is answered with an exception code; `why` is one line for people.
 struct Refusal
@@ -25,6 +30,8 @@ struct Request
     quint16 transaction = 0;
     int unit = 0;
     QByteArray pdu; ///< function code and data, never empty
+
+    bool operator==(const Request&) const = default;
 };
 
 struct BinaryCommand

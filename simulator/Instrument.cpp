@@ -9,14 +9,16 @@ Instrument::Instrument(const TDeviceRecord& device, const Options& options, QObj
     : QObject(parent)
     , m_device(device)
 {
+    m_plan.Set(options.faults);
     for (int b = 0; b < device.BoardCount; ++b) {
         const TBoardRecord& board = device.Boards[b];
         if (board.IsProgram())
             continue;
         Endpoint*& endpoint = m_endpoints[{board.Ip, board.Port}];
         if (endpoint == nullptr) {
-            endpoint = new Endpoint(board.Ip, quint16(board.Port), options, this);
+            endpoint = new Endpoint(board.Ip, quint16(board.Port), options, &m_plan, this);
             connect(endpoint, &Endpoint::Event, this, &Instrument::Event);
+            connect(endpoint, &Endpoint::Requested, this, &Instrument::Requested);
         }
         m_modules[b] = {endpoint, endpoint->Unit(board.MBAddr, board.Type)->AddProcessor(board.IdCPU)};
     }
@@ -58,12 +60,4 @@ QByteArray Instrument::Image(int board) const
 {
     const Processor* processor = ProcessorOf(board);
     return processor != nullptr ? processor->image : QByteArray();
-}
-
-int Instrument::RequestCount() const
-{
-    int count = 0;
-    for (const Endpoint* endpoint : m_endpoints)
-        count += endpoint->RequestCount();
-    return count;
 }

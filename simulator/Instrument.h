@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppConfig.h"
+#include "Fault.h"
 
 #include <QHash>
 #include <QMap>
@@ -19,8 +20,11 @@ public:
     struct Options
     {
         QString serial = "000001";
-        std::chrono::milliseconds restart{3000}; ///< silence after an accepted image
-        QString imageFolder;                     ///< accepted images are saved there; empty: nowhere
+        std::chrono::milliseconds restart{3000};  ///< silence after an accepted image
+        QString imageFolder = {};                 ///< accepted images are saved there; empty: nowhere
+        QList<Fault> faults = {};                 ///< how it misbehaves
+        std::chrono::milliseconds late{5000};     ///< delay of an answer inside the client's limit
+        std::chrono::milliseconds tooLate{12000}; ///< and behind it
     };
 
     /// The device's addresses and numbers must be in range: the program checks them before.
@@ -41,12 +45,18 @@ public:
     QString Version(int board) const;
     /// The last image that processor accepted, empty if none.
     QByteArray Image(int board) const;
-    /// Requests seen so far by all units, answered or not.
-    int RequestCount() const;
+    /// Requests seen so far by all units, answered or not. A client that repeats one that a fault left without an
+    /// answer is not counted again, and meets the same fault.
+    int RequestCount() const { return m_plan.RequestCount(); }
+    int RepetitionCount() const { return m_plan.RepetitionCount(); }
+    /// From now on it misbehaves like this; numbers go on counting from the start.
+    void SetFaults(const QList<Fault>& faults) { m_plan.Set(faults); }
 
 signals:
     /// One line without a time stamp, beginning with "ip:port ".
     void Event(const QString& line);
+    /// A request has come and is about to be dealt with.
+    void Requested(int number);
 
 private:
     struct Module
@@ -58,6 +68,7 @@ private:
     Processor* ProcessorOf(int board) const { return m_modules.value(board).processor; }
 
     TDeviceRecord m_device;
+    FaultPlan m_plan;
     QHash<int, Module> m_modules;                     // by board
     QMap<QPair<QString, int>, Endpoint*> m_endpoints; // by Ip and Port of the catalogue; children
 };

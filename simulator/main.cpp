@@ -23,6 +23,14 @@ void Print(const QString& line)
     std::fflush(stdout);
 }
 
+QString FaultHelp()
+{
+    QString help = "How it misbehaves, at request N counted from 1 over all units, or at every one (KIND@always).";
+    for (const Fault::Entry& fault : Fault::Table())
+        help += "\n" + fault.name + ": " + fault.meaning + ".";
+    return help;
+}
+
 void AddOptions(QCommandLineParser& parser)
 {
     parser.setApplicationDescription("Plays every firmware module of one device of the catalogue on its own "
@@ -34,6 +42,7 @@ void AddOptions(QCommandLineParser& parser)
         {"serial", "Serial number: ASCII without space and \";\". Default 000001.", "TEXT", "000001"},
         {"restart", "Silence after an accepted image, 0..3600, decimals allowed. Default 3.", "SECONDS", "3"},
         {"images", "An existing folder for the accepted images. Default: not saved.", "FOLDER"},
+        {"fault", FaultHelp(), "KIND@N[,KIND@N...]"},
     });
 }
 
@@ -54,6 +63,11 @@ Instrument::Options ReadOptions(const QCommandLineParser& parser)
     const QString probe = options.imageFolder + "/probe-XXXXXX";
     if (parser.isSet("images") && (options.imageFolder.isEmpty() || !QTemporaryFile(probe).open()))
         throw BadInput{"--images \"" + options.imageFolder + "\" must be a folder where files can be written"};
+    QString error;
+    const auto faults = parser.isSet("fault") ? Fault::Parse(parser.value("fault"), &error) : QList<Fault>();
+    if (!faults)
+        throw BadInput{"--fault: " + error};
+    options.faults = *faults;
     return options;
 }
 

@@ -14,7 +14,7 @@
 
 using namespace std::chrono_literals;
 
-Q_DECLARE_METATYPE(Fault)
+Q_DECLARE_METATYPE(Misdeed)
 
 class TestImpatience : public QObject
 {
@@ -24,26 +24,8 @@ private slots:
     void RunWithAFault_data()
     {
         // Status and version of the faulty module, then of the next one.
-        const Table<QString, QString, QString, Fault> row("box", "status", "versions", "fault");
+        const Table<QString, QString, QString, Misdeed> row("box", "status", "versions", "fault");
         row("none", Success, "ok ok", "2.0 2.0", {});
-        row("block refused", Failure, "cancel ", "1.0 1.0",
-            [](const Call& c) { return c.word == 0xA001 && c.actor.blocks == 1 && c.Refuse(); });
-        row("gone in a block", Failure, "cancel ", "1.0 1.0",
-            [](const Call& c) { return c.word == 0xA001 && c.HangUp(); });
-        row("bare finish unanswered", Success, "ok ok", "2.0 2.0", [](const Call& c) {
-            c.actor.finished = c.actor.finished || c.word == 0xA003;
-            return c.word == 0xA003 && c.HangUp();
-        });
-        row("never restarts: the next module is still written", Failure, "cancel ok", "1.0 2.0",
-            [](const Call& c) { return c.actor.finished && c.HangUp(); });
-        row("restarts with the old version: told by the icon", Success, "cancel ok", "1.0 2.0",
-            [](const Call& c) { return c.actor.nextVersion = "1.0", false; });
-        row("restarts as another type", Failure, "cancel ok", "1.0 2.0",
-            [](const Call& c) { return c.actor.type = c.actor.finished ? "X" : "DEV", false; });
-        row("no version after the restart", Failure, "cancel ok", "??? 2.0",
-            [](const Call& c) { return c.actor.finished && c.Asks("VER ?;") && c.HangUp(); });
-        row("switched off: silently skipped", Success, " ok", "1.0 2.0",
-            [](const Call& c) { return c.actor.board.close(), c.HangUp(); });
         row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0",
             [](const Call&) { return QFile::remove(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd"), false; });
         row("the next module's file is replaced behind its certificate", Failure, "ok cancel", "2.0 1.0",
@@ -54,7 +36,7 @@ private slots:
     }
     void RunWithAFault()
     {
-        QFETCH(Fault, fault);
+        QFETCH(Misdeed, fault);
         QFETCH(QString, box);
         Actor first;
         Actor second;

@@ -1,4 +1,5 @@
 #include "Instrument.h"
+#include "Table.h"
 
 #include <QProcess>
 #include <QTcpServer>
@@ -116,6 +117,59 @@ private slots:
         }
     }
 
+    void faults_data()
+    {
+        const Table<QByteArray, bool> row("answer", "closes"); // to "VER ?;" asked of unit 3
+        const QByteArray text = "56455220312e303b";
+        row("silent", "", false);
+        row("unheard", "", false);
+        for (const char* name : {"off", "refuse", "close", "reset", "power-loss"})
+            row(name, "", true);
+        row("late", "0007 0000 000c 03 47 0800" + text, false);
+        row("trickle", "0007 0000 000c 03 47 0800" + text, false);
+        row("exception", "0007 0000 0003 03 c7 04", false);
+        row("transaction", "0008 0000 000c 03 47 0800" + text, false);
+        row("unit", "0007 0000 000c 04 47 0800" + text, false);
+        row("twice", "0007 0000 000c 03 47 0800" + text + "0007 0000 000c 03 47 0800" + text, false);
+        row("joined", "0006 0000 000c 03 47 0800" + text + "0007 0000 000c 03 47 0800" + text, false);
+        row("length-small", "0007 0000 000b 03 47 0800" + text, false);
+        row("length-large", "0007 0000 0011 03 47 0800" + text, false);
+        row("length-zero", "0007 0000 0000 03 47 0800" + text, false);
+        row("truncated", "0007 0000 000c 03 47 08", false);
+        row("inner-small", "0007 0000 000c 03 47 0600" + text, false);
+        row("inner-large", "0007 0000 000c 03 47 0b00" + text, false);
+    }
+    void faults()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(bool, closes);
+        QString error;
+        const auto plan = Fault::Parse(QString(QTest::currentDataTag()) + "@2,exception@3", &error);
+        QVERIFY2(plan, qPrintable(error));
+        Instrument instrument(SharedSocket(), {.restart = 50ms, .faults = *plan, .late = 50ms});
+        QVERIFY2(instrument.Start(&error), qPrintable(error));
+        QTcpSocket socket;
+        Connect(socket, instrument);
+        const QByteArray question = Frames("03 47 0600 564552203f3b");
+        const QByteArray right = Frames("03 47 0800 56455220312e303b");
+        QByteArray received;
+        socket.write(question);
+        QTRY_COMPARE((received += socket.readAll()), right);
+        socket.write(question);
+        received.clear();
+        QTRY_COMPARE((received += socket.readAll()).toHex(), QByteArray::fromHex(answer).toHex());
+        QTRY_COMPARE(socket.state(), closes ? QTcpSocket::UnconnectedState : QTcpSocket::ConnectedState);
+        if (closes)
+            return;
+        // The same question once more is what a client repeats; another one is the third request.
+        socket.write(question);
+        socket.write(Frames("01 47 0600 564552203f3b"));
+        received.clear();
+        QTRY_VERIFY((received += socket.readAll()).endsWith(Frames("01 c7 04")));
+        QCOMPARE(instrument.RequestCount(), 3);
+        QCOMPARE(instrument.RepetitionCount(), 1);
+    }
+
     void imageAndRestart()
     {
         const QTemporaryDir folder;
@@ -185,6 +239,8 @@ private slots:
             row(qPrintable("serial " + QString(serial)), good, file + "|--serial|" + serial, "--serial");
         for (const char* time : {"x", "-1", "3600.1", "nan"})
             row(qPrintable("restart " + QString(time)), good, file + "|--restart|" + time, "--restart");
+        row("unknown fault", good, file + "|--fault|silent@1,shy@2", "shy");
+        row("fault at no request", good, file + "|--fault|silent@0", "silent@0");
         row("no folder", good, file + "|--images|FILE", "--images");
     }
 

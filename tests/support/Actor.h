@@ -53,7 +53,7 @@ struct Actor
     }
 };
 using Call = Actor::Call;
-using Fault = decltype(Actor::fault);
+using Misdeed = decltype(Actor::fault);
 
 /// Images for unit 1, processor 0 and unit 2, processor 1 of device 7, with their certificates.
 inline stage::Files BothImages()
