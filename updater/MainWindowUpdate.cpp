@@ -213,11 +213,14 @@ bool MainWindow::WaitReboot(int board)
     for (int attempt = 0; attempt < PollAttempts; ++attempt) {
         qDebug() << "WaitReboot" << attempt;
         QString answer;
-        if (link->Connect() && link->StrCommand("DEVICETYPE ?;", answer)) {
+        const bool connected = link->Connect();
+        if (connected && link->StrCommand("DEVICETYPE ?;", answer)) {
             const QString type = DeviceTypeIn(answer);
             qDebug().noquote() << "WaitReboot" << answer << type;
             if (type == record.Type)
                 return true;
+        } else if (connected) {
+            link->HangUp();
         }
         Sleep(g_timeLimits.pollPause);
     }

@@ -100,12 +100,17 @@ void TcpModbus::AbortConnection()
         socket->abort();
 }
 
-void TcpModbus::Abandon()
+void TcpModbus::HangUp()
 {
-    abandoned = true;
     if (client->state() == QModbusDevice::ConnectedState)
         client->disconnectDevice();
     AbortConnection();
+}
+
+void TcpModbus::Abandon()
+{
+    abandoned = true;
+    HangUp();
 }
 
 bool TcpModbus::Connect()

@@ -42,8 +42,11 @@ public:
     /// CRC-16/MODBUS (MODBUS over Serial Line, appendix B) of `data`, continued from `init`; 0xFFFF starts.
     static quint16 Crc16(quint16 init, const QByteArray& data);
 
-    /// Closes the connection at once and ends a call that is waiting with false. For work that starts in
-    /// the middle of another's wait: some boards serve one connection only.
+    /// Closes the connection at once; the next Connect makes a new one. Behind an answer that did not come whole the
+    /// stream stands in the middle of a frame, and every answer after it would be lost as well.
+    void HangUp();
+    /// Hangs up for good and ends a call that is waiting with false. For work that starts in the middle of
+    /// another's wait: some boards serve one connection only.
     void Abandon();
 
 signals:
