@@ -1,0 +1,201 @@
+// Every fault of the simulated instrument at every request of a whole update: the run ends, and no box says more than
+// the instrument holds. What each cell must show stands in docs/reliability.md, from where it is read.
+
+#include "Actor.h"
+#include "Panel.h"
+#include "Table.h"
+#include "TimeLimits.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// What one letter of the table says of a module.
+struct Outcome
+{
+    QString icon;
+    QString shown;         ///< current version in the table
+    bool holds = false;    ///< the instrument holds exactly the image
+    bool runs = false;     ///< and answers with its version in the end
+    bool boxFails = false; ///< the end box tells of a failure
+    bool isLast = false;   ///< no later module is touched
+    QString log;           ///< a line that must be there, "!" in front: must not
+};
+
+const QHash<QString, Outcome> Outcomes{
+    {"S", {"ok", "2.0", true, true, false, false, "!WaitReboot 9"}},
+    {"W", {"cancel", "2.", true, true, false, false, "!WaitReboot 9"}},
+    {"O", {"cancel", "1.0", false, false, false, false, "!WaitReboot 9"}},
+    {"R", {"cancel", "1.0", true, false, false, false, "!WaitReboot 9"}},
+    {"L", {"cancel", "1.0", true, true, false, false, "!WaitReboot 9"}},
+    {"K", {"", "1.0", false, false, false, false, "Try to reconnect 10"}},
+    {"F", {"cancel", "1.0", false, false, true, true, "info: "}},
+    {"A", {"cancel", "1.0", true, true, true, true, "info: "}},
+    {"V", {"cancel", "???", true, true, true, false, "info: "}},
+    {"D", {"cancel", "1.0", false, false, true, true, "WaitReboot 9"}},
+    {"N", {"cancel", "1.0", false, false, true, false, "WaitReboot 9"}},
+    {"H", {"cancel", "1.0", true, false, true, false, "WaitReboot 9"}},
+    {"G", {"cancel", "1.0", true, true, true, false, "WaitReboot 9"}},
+    {"-", {"", "1.0", false, false, false, false, ""}},
+};
+/// Success is shown, or not denied, over a module that does not run the image; the icon tells it, or the row's silence.
+constexpr char SilentOutcomes[] = "WORLK";
+constexpr int RequestsOfModule = 7;
+
+QStringList g_log;
+
+void Keep(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    g_log.append((type == QtInfoMsg ? "info: " : "") + text);
+}
+
+QList<QStringList> ExpectationRows()
+{
+    QList<QStringList> rows;
+    for (const QString& line : QString(stage::ReadFile(DOCS_FOLDER "/reliability.md")).split('\n')) {
+        const QStringList cells = line.split('|');
+        if (line.startsWith("| `") && cells.size() == 7)
+            rows.append({cells[1].trimmed().remove('`'), cells[2].trimmed(), cells[3], cells[4], cells[5]});
+    }
+    return rows;
+}
+
+TDeviceRecord TwoBoards()
+{
+    return stage::Device(
+        "П", 7, {stage::Board("a", "DEV", "127.0.0.1", 0, 1, 0), stage::Board("b", "DEV2", "127.0.0.2", 0, 2, 1)});
+}
+
+/// Two blocks each.
+stage::Files Images()
+{
+    return stage::WithCertificates(
+        {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 300)}, {"fw_7_2_1_v2.0.rpd", stage::Image("2.0", 250)}});
+}
+
+} // namespace
+
+class SweepFaults : public QObject
+{
+    Q_OBJECT
+
+    QMap<QString, int> m_counts;
+
+private slots:
+    void initTestCase() { qInstallMessageHandler(Keep); }
+
+    void PageNamesEveryFault()
+    {
+        QStringList page;
+        for (const QStringList& row : ExpectationRows())
+            page.append(row[0] + ": " + row[1]);
+        QStringList table;
+        for (const Fault::Entry& entry : Fault::Table())
+            table.append(entry.name + ": " + entry.meaning);
+        QCOMPARE(page, table);
+    }
+
+    void Cell_data()
+    {
+        const Table<QString, QString, QString> row("fault", "first", "second");
+        const auto add = [&](const QString& fault, const QString& first, const QString& second) {
+            row(qPrintable(fault), fault, first, second);
+        };
+        for (const QStringList& cells : ExpectationRows()) {
+            const QStringList first = cells[2].split(' ', Qt::SkipEmptyParts);
+            const QStringList second = cells[3].split(' ', Qt::SkipEmptyParts);
+            const QStringList all = cells[4].split(' ', Qt::SkipEmptyParts);
+            QVERIFY2(first.size() == RequestsOfModule && second.size() == RequestsOfModule, qPrintable(cells[0]));
+            for (int i = 0; i < RequestsOfModule; ++i) {
+                // "2N": the fault finds only the second module's image to strike.
+                const bool isLater = first[i].startsWith('2');
+                const QString next = isLater ? first[i].mid(1) : Outcomes[first[i]].isLast ? "-" : "S";
+                add(cells[0] + '@' + QString::number(i + 1), isLater ? "S" : first[i], next);
+                add(cells[0] + '@' + QString::number(RequestsOfModule + i + 1), "S", second[i]);
+            }
+            add(cells[0] + "@always", all.at(0), all.at(1));
+        }
+    }
+    void Cell()
+    {
+        QFETCH(QString, fault);
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        Panel panel;
+        g_timeLimits.reply = Scaled(120ms);
+        g_timeLimits.connectAttempt = Scaled(8ms);
+        g_timeLimits.restartPause = Scaled(80ms);
+        g_timeLimits.pollPause = 3ms;
+        Instrument instrument(TwoBoards(), {.restart = Scaled(30ms), .late = 20ms, .tooLate = Scaled(240ms)});
+        QString error;
+        QVERIFY2(instrument.Start(&error), qPrintable(error));
+        panel.Open({instrument.Device()});
+        panel.TakeArchive(Images());
+        panel.hand.Do([&] {
+            const int before = instrument.RequestCount();
+            QList<Fault> faults = *Fault::Parse(fault, &error);
+            if (faults[0].request != Fault::Always)
+                faults[0].request += before;
+            instrument.SetFaults(faults);
+            g_log.clear();
+        });
+        panel.hand.Press("buttonUpdate");
+        const QList<Outcome> expected{Outcomes[first], Outcomes[second]};
+        const bool success = !expected[0].boxFails && !expected[1].boxFails;
+        QString box;
+        panel.hand.Step(
+            "the end box", [] { return Hand::OpenBox(); },
+            [&] {
+                box = Hand::OpenBox()->text();
+                Hand::PressNow(Hand::OpenBox()->buttons().last());
+            });
+        panel.hand.Step("the controls are idle", [&] { return panel.Controls() == "idle"; });
+        QVERIFY2(panel.hand.Run(60s), qPrintable(panel.hand.Failure));
+        const QStringList log = g_log;
+        QCOMPARE(box, success ? Success : Failure);
+        for (int row = 0; row < 2; ++row) {
+            const QByteArray image = Images()[row * 2].second;
+            QCOMPARE(panel.Status(row), expected[row].icon);
+            QCOMPARE(panel.Cell(row, 1), expected[row].shown);
+            QTRY_COMPARE(instrument.Version(row), expected[row].runs ? "2.0" : "1.0");
+            QCOMPARE(instrument.Image(row), expected[row].holds ? image : QByteArray());
+            const bool isThere = log.filter(QString(expected[row].log).remove('!')).size() > 0;
+            if (!expected[row].log.startsWith('!') || (first == "S" && second == "S"))
+                QVERIFY2(isThere != expected[row].log.startsWith('!'), qPrintable(log.join('\n')));
+            if (success && expected[row].icon == "ok")
+                QVERIFY(instrument.Image(row) == image && instrument.Version(row) == "2.0");
+        }
+        // The client may repeat a request that got no answer once, just before its limit.
+        if (!fault.endsWith("@always"))
+            QVERIFY(instrument.RepetitionCount() <= 1);
+        ++m_counts[success ? QString(SilentOutcomes).contains(first) || QString(SilentOutcomes).contains(second)
+                                 ? "success box over a module that does not run the image"
+                                 : "success"
+                           : "failure named"];
+    }
+
+    void cleanupTestCase()
+    {
+        qInstallMessageHandler(nullptr);
+        for (auto count = m_counts.cbegin(); count != m_counts.cend(); ++count)
+            qInfo("%d cells: %s", count.value(), qPrintable(count.key()));
+    }
+
+private:
+    /// The sanitizers slow everything down.
+    static std::chrono::milliseconds Scaled(std::chrono::milliseconds time)
+    {
+#ifdef __SANITIZE_ADDRESS__
+        return time * 3;
+#else
+        return time;
+#endif
+    }
+};
+
+QTEST_MAIN(SweepFaults)
+#include "sweep_faults.moc"
