@@ -1,6 +1,7 @@
 // Loaded into the real, unchanged program by the toolkit (QT_QPA_GENERIC_PLUGINS=hand), it works the window
 // as an operator would. UPDATER_HAND names what to do:
 //   road           the whole road of an update; needs UPDATER_HAND_SHOTS, the folder for the screenshots
+//   update         takes new.zip, tells on standard output which modules are offered, and updates them
 //   close-search, close-reading, close-update   closes the window in the middle of that work
 
 #include "Hand.h"
@@ -47,6 +48,14 @@ QString Cell(int row, int column)
     return item ? item->text() : QString();
 }
 
+bool IsMarked(int row)
+{
+    const auto* table = qobject_cast<QTableWidget*>(Hand::Find("tableWidget"));
+    const QWidget* cell = table ? table->cellWidget(row, 4) : nullptr;
+    const auto* button = cell ? cell->findChild<QAbstractButton*>() : nullptr;
+    return button && button->isEnabled() && !button->isChecked();
+}
+
 class Operator : public Hand
 {
 public:
@@ -56,6 +65,8 @@ public:
         const QString task = qEnvironmentVariable("UPDATER_HAND");
         if (task == "road")
             WorkTheRoad();
+        else if (task == "update")
+            UpdateWhatIsOffered();
         else
             CloseInTheMiddle(task);
         connect(this, &Hand::Finished, this, [this](bool all) {
@@ -66,7 +77,7 @@ public:
             std::_Exit(4);
         });
         connect(qApp, &QCoreApplication::aboutToQuit, this, &Operator::CheckTheEnd);
-        Start(task == "road" ? 60s : 12s);
+        Start(task.startsWith("close-") ? 12s : 60s);
     }
 
 private:
@@ -137,6 +148,26 @@ private:
                    && Cell(3, 1) == "1.0" && !OpenDialog();
         });
         Press("buttonClose");
+    }
+
+    void UpdateWhatIsOffered()
+    {
+        Step("versions", [] { return !Cell(1, 1).isEmpty() && Text("label_Update").isEmpty(); });
+        Press("buttonArchive");
+        ChooseFile("Открыть архив с прошивками", "new.zip");
+        Step(
+            "the archive is taken", [] { return !Cell(1, 2).isEmpty() && IsReachable(Find("tableWidget")); },
+            [this] {
+                std::printf("offered:");
+                for (int row = 0; row < 2; ++row)
+                    std::printf("%s", qPrintable(IsMarked(row) ? " " + Cell(row, 0) : QString()));
+                std::printf("\n");
+                if (IsEnabled("buttonUpdate")) {
+                    Press("buttonUpdate");
+                    AnswerBox("Все модули успешно обновлены!\nПрибор необходимо перезагрузить", "Нет");
+                }
+                Press("buttonClose");
+            });
     }
 
     void CloseInTheMiddle(const QString& task)

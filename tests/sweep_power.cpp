@@ -1,0 +1,94 @@
+// The panel loses power at every request of an update: the program starts again, finds the instrument, offers what is
+// not done, and a second run completes.
+
+#include "Instrument.h"
+#include "RunGuard.h"
+#include "Stage.h"
+#include "Table.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Two boards with two blocks each, so an update of both takes fourteen requests; the four before them are the search's
+/// and the versions'.
+constexpr int FirstRequest = 5;
+constexpr int LastRequest = 18;
+
+} // namespace
+
+class SweepPower : public QObject
+{
+    Q_OBJECT
+
+    /// Starts the program and has it update what it offers.
+    static void Start(QProcess& process, const QString& folder)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_GENERIC_PLUGINS", "hand");
+        environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
+        environment.insert("UPDATER_HAND", "update");
+        process.setProcessEnvironment(environment);
+        process.start(folder + "/updater");
+    }
+
+private slots:
+    void cleanup() { RunGuard("updater_single_instance_app"); }
+
+    void PowerLost_data()
+    {
+        const Table<int> row("request");
+        for (int request = FirstRequest; request <= LastRequest; ++request)
+            row(qPrintable("request " + QString::number(request - FirstRequest + 1)), request);
+    }
+    void PowerLost()
+    {
+        QFETCH(int, request);
+        const stage::Files files = stage::WithCertificates(
+            {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 300)}, {"fw_7_2_1_v2.0.rpd", stage::Image("2.0", 250)}});
+        Instrument instrument(stage::Device("П", 7,
+                                            {stage::Board("a", "DEV", "127.0.0.1", 0, 1, 0),
+                                             stage::Board("b", "DEV2", "127.0.0.2", 0, 2, 1)}),
+                              {.restart = 300ms});
+        QString error;
+        QVERIFY2(instrument.Start(&error), qPrintable(error));
+        const QTemporaryDir folder;
+        QVERIFY(QFile::copy(UPDATER_PROGRAM, folder.filePath("updater")));
+        stage::WriteCatalogue(folder.filePath("updater.json"), {instrument.Device()});
+        stage::WriteZip(folder.filePath("new.zip"), files);
+
+        QProcess first;
+        connect(&instrument, &Instrument::Requested, &first, [&](int number) {
+            if (number == request)
+                first.kill();
+        });
+        Start(first, folder.path());
+        QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::Running, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::NotRunning, 60000);
+        QCOMPARE(first.exitStatus(), QProcess::CrashExit);
+        // A board that was just told to finish comes back.
+        QTest::qWait(500);
+        QString offered = "offered:";
+        for (int row = 0; row < 2; ++row)
+            offered += instrument.Version(row) == "2.0" ? "" : row == 0 ? " a" : " b";
+
+        QProcess second;
+        Start(second, folder.path());
+        QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::Running, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, 90000);
+        QVERIFY2(second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0,
+                 second.readAllStandardError().right(600));
+        QCOMPARE(QString(second.readAllStandardOutput()).trimmed(), offered);
+        for (int row = 0; row < 2; ++row) {
+            QCOMPARE(instrument.Image(row), files[row * 2].second);
+            QCOMPARE(instrument.Version(row), "2.0");
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(SweepPower)
+#include "sweep_power.moc"
