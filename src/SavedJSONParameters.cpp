@@ -1,5 +1,7 @@
 #include "SavedJSONParameters.h"
 
+#include "WholeFile.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QJsonDocument>
@@ -75,12 +77,7 @@ bool TSavedJSONParameters::SaveJsonToFile(const QString& path, QJsonObject& obj)
     try {
         if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
             return false;
-        const QByteArray text = QJsonDocument(obj).toJson(QJsonDocument::Indented);
-        // The toolkit's save file commits what a short write left behind without a word, so a file that
-        // does not hold the whole text is cancelled first: the commit below then fails.
-        if (file.write(text) != text.size() || !file.flush())
-            file.cancelWriting();
-        if (file.commit())
+        if (CommitWhole(file, QJsonDocument(obj).toJson(QJsonDocument::Indented)))
             return true;
         qWarning().noquote() << "Error saveFile.commit() " + file.fileName();
         return false;
