@@ -83,6 +83,21 @@ FileDigest ReadDigest(const QString& path)
     return {true, count < 0 ? QByteArray() : hash.result()};
 }
 
+VersionFile ReadVersionFile(const QString& folder, const QString& name)
+{
+    const QString path = QDir::cleanPath(folder + QDir::separator() + name + ".ver");
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly))
+        return {path, QString::fromUtf8(file.readAll()), {}};
+    return {path, UnknownVersion, file.errorString()};
+}
+
+bool IsNeverCopied(const QString& folderName)
+{
+    static const QStringList NeverCopied{"base", "firmware", "update.old"};
+    return NeverCopied.contains(folderName);
+}
+
 Certificate JudgeCertificate(const QString& path, const QByteArray& digest)
 {
     QFile file(path + ".sha256");

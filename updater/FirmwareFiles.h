@@ -38,6 +38,28 @@ using DigestCache = QHash<QString, FileDigest>;
 
 FileDigest ReadDigest(const QString& path);
 
+/// A box with one button that tells the operator what is wrong.
+struct Box
+{
+    QString title;
+    QString text;
+};
+
+/// What the file beside a program file told of its version.
+struct VersionFile
+{
+    QString path;
+    QString version; ///< its text as it stands, a closing line break included; UnknownVersion when it was not opened
+    QString fault;   ///< why it was not opened; empty when it was
+
+    Box Complaint() const { return {"test", path + ": " + fault}; }
+};
+/// Reads `folder`/`name`.ver.
+VersionFile ReadVersionFile(const QString& folder, const QString& name);
+
+/// Whether the update leaves out folders of this name, at every level: what is made on the panel stays there.
+bool IsNeverCopied(const QString& folderName);
+
 enum class Certificate { Missing, Different, Matches };
 /// Compares the raw bytes of `path` + ".sha256" with `digest`. A digest is all that a certificate is: it
 /// shows that the file is whole, not who made it. An empty certificate matches the empty digest of an

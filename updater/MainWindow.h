@@ -72,7 +72,6 @@ public:
     /// The caller closes it, which deletes it.
     QWidget* ShowWaitPopup(const QString& text);
     bool CheckCertificate(const QString& path, DigestCache& digests);
-    QByteArray FileSha256(const QString& path, DigestCache& digests);
     QString VersionFromFileName(const QString& folder, const QString& name, bool isProgram);
     QWidget* MakeRowButton(int row, ButtonKind kind, const QIcon& icon);
     void RowButtonClicked(QPushButton* button, int row, ButtonKind kind);

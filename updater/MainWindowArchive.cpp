@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "AppState.h"
+#include "ArchiveWalk.h"
 #include "FirmwareArchive.h"
 #include "MessageBoxes.h"
 #include "TimeLimits.h"
@@ -19,9 +20,9 @@
 
 namespace {
 
-void Warn(const QString& text)
+void Show(const Box& box)
 {
-    ShowAlert(nullptr, "Внимание!", text, "OK");
+    ShowAlert(nullptr, box.title, box.text, "OK");
 }
 
 } // namespace
@@ -53,19 +54,12 @@ void MainWindow::Archive()
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
 {
     DigestCache digests;
-    for (int row = 0; row < ui.tableWidget->rowCount(); ++row) {
-        bool isProgram = false;
-        const QString prefix = NamePrefix(GetFilePattern(row, &isProgram));
-        for (const ArchiveEntry& entry : archive.Entries()) {
-            if (!entry.isFile || entry.path.contains(".sha256"))
-                continue;
-            const QString path = folder + "/" + entry.path;
-            // Every file is judged for every row: a wrong certificate is told even where no row wants the
-            // file.
-            if (CheckCertificate(path, digests) && EntryFits(entry.path, prefix, Board(row)))
-                TakeFile(row, VersionFromFileName(folder, entry.path, isProgram), path, digests[path].sha256);
-        }
-    }
+    WalkArchive(archive.Entries(), folder, digests,
+                {.rowCount = [this] { return ui.tableWidget->rowCount(); },
+                 .device = [this]() -> const TDeviceRecord& { return Device(); },
+                 .show = Show,
+                 .programVersion = [this](auto& in, auto& name) { return VersionFromFileName(in, name, true); },
+                 .take = std::bind_front(&MainWindow::TakeFile, this)});
 }
 
 void MainWindow::TakeFile(int row, const QString& version, const QString& path, const QByteArray& sha256)
@@ -123,28 +117,7 @@ QWidget* MainWindow::MakeRowButton(int row, ButtonKind kind, const QIcon& icon)
 
 bool MainWindow::CheckCertificate(const QString& path, DigestCache& digests)
 {
-    const QString certificate = FileNameOf(path) + ".sha256";
-    const QByteArray digest = FileSha256(path, digests);
-    switch (JudgeCertificate(path, digest)) {
-    case Certificate::Missing:
-        Warn("Не найден сертификат " + certificate);
-        return false;
-    case Certificate::Different:
-        Warn("Не соответствует сертификат " + certificate);
-        return false;
-    case Certificate::Matches:
-        break;
-    }
-    return true;
-}
-
-QByteArray MainWindow::FileSha256(const QString& path, DigestCache& digests)
-{
-    const auto known = digests.constFind(path);
-    const FileDigest digest = known != digests.cend() ? *known : *digests.insert(path, ReadDigest(path));
-    if (!digest.opened)
-        Warn("Не могу открыть прошивку " + FileNameOf(path));
-    return digest.sha256;
+    return HasItsCertificate(path, digests, Show);
 }
 
 QString MainWindow::VersionFromFileName(const QString& folder, const QString& name, bool isProgram)

@@ -117,27 +117,26 @@ bool Util::BashCommand(QString command)
 QString Util::GetVersion(QObject*, QString dir, QString name, bool)
 {
     qDebug().noquote() << "Try get ver" << dir << name;
-    const QString path = QDir::cleanPath(dir + QDir::separator() + name + ".ver");
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly))
-        return QString::fromUtf8(file.readAll());
-    qDebug().noquote() << file.errorString();
+    const VersionFile file = ReadVersionFile(dir, name);
+    if (file.fault.isEmpty())
+        return file.version;
+    qDebug().noquote() << file.fault;
     // The toolkit's stock critical box, spelled out: a file name is shown as text, never as markup.
-    QMessageBox box(QMessageBox::Critical, "test", path + ": " + file.errorString(), QMessageBox::Ok);
+    const Box told = file.Complaint();
+    QMessageBox box(QMessageBox::Critical, told.title, told.text, QMessageBox::Ok);
     box.setTextFormat(Qt::PlainText);
     box.exec();
-    return UnknownVersion;
+    return file.version;
 }
 
 bool Util::CopyPath(QString src, QString dst)
 {
-    static const QStringList NeverCopied{"base", "firmware", "update.old"};
     static CopyWalk walk;
 
     const QDir from(src);
     if (!from.exists())
         return false;
-    if (NeverCopied.contains(from.dirName()))
+    if (IsNeverCopied(from.dirName()))
         return true;
     const CopyStep step(walk, src, dst);
     for (const QString& name : from.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort)) {
