@@ -1,17 +1,11 @@
 #pragma once
 
-#include "Words.h"
+#include "Misuse.h"
 
 class QCommandLineParser;
 
 /// The program's exit status.
 enum Status { Fine = 0, HasFindings = 1, IsMisused = 2 };
-
-/// Thrown for arguments or files that cannot be used: one line that names file, place and remedy.
-struct Misuse
-{
-    Words why;
-};
 
 /// One verb of the program.
 struct Verb

@@ -1,0 +1,207 @@
+#include "ArchiveJudge.h"
+
+#include "ArchiveFindings.h"
+#include "ArchiveWalk.h"
+#include "Misuse.h"
+#include "Progress.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
+#include <QTemporaryDir>
+
+namespace {
+
+/// The first entry without which the archive would not be refused.
+const ArchiveEntry& Culprit(const QList<ArchiveEntry>& entries, const QString& folder)
+{
+    // More entries never make a refused archive acceptable.
+    qsizetype accepted = 0;
+    for (qsizetype refused = entries.size(); refused - accepted > 1;) {
+        const qsizetype middle = accepted + (refused - accepted) / 2;
+        (MayBeExtracted(entries.first(middle), folder) ? accepted : refused) = middle;
+    }
+    return entries[accepted];
+}
+
+void RequireRoom(const QList<ArchiveEntry>& entries, const QString& name, const QString& folder)
+{
+    qint64 needed = 0;
+    for (const ArchiveEntry& entry : entries)
+        needed += entry.isCredible ? entry.size : 0;
+    const qint64 available = QStorageInfo(folder).bytesAvailable();
+    if (needed > available)
+        throw Misuse{Filled("%1: unpacks to %2 bytes, and %3 has %4; name a folder with more room in TMPDIR",
+                            "%1: распаковывается в %2 байт, а в %3 есть %4; укажите в TMPDIR папку попросторнее", name,
+                            QString::number(needed), folder, QString::number(available))};
+}
+
+void Count(QList<BoxReport>& boxes, QHash<QString, qsizetype>& known, const Box& box)
+{
+    const auto at = known.constFind(box.text);
+    if (at == known.cend()) {
+        known.insert(box.text, boxes.size());
+        boxes.append({box, 1});
+    } else {
+        ++boxes[*at].times;
+    }
+}
+
+class PanelWalk
+{
+public:
+    PanelWalk(const QList<ArchiveEntry>& entries, const QString& folder, Progress& progress)
+        : m_entries(entries)
+        , m_folder(folder)
+        , m_progress(progress)
+    {}
+
+    DeviceWalk Walk(const TDeviceRecord& device)
+    {
+        DeviceWalk walk{&device, QList<QList<TakenFile>>(device.BoardCount), {}};
+        QHash<QString, qsizetype> known;
+        const auto show = [&](Box box) {
+            box.text.replace(m_folder, PanelFolder);
+            Count(walk.boxes, known, box);
+        };
+        int row = 0;
+        WalkArchive(m_entries, m_folder, Digests,
+                    {.rowCount =
+                         [&] {
+                             m_progress.Tell({"Trying", "Проба"}, row++, device.BoardCount + 1);
+                             return device.BoardCount;
+                         },
+                     .device = [&]() -> const TDeviceRecord& { return device; },
+                     .show = show,
+                     .programVersion =
+                         [&](const QString& in, const QString& name) {
+                             const VersionFile file = ReadVersionFile(in, name);
+                             if (!file.fault.isEmpty())
+                                 show(file.Complaint());
+                             return file.version;
+                         },
+                     .take =
+                         [&](int taker, const QString& version, const QString& path, const QByteArray&) {
+                             walk.taken[taker].append({path.mid(m_folder.size() + 1), version});
+                         }});
+        return walk;
+    }
+
+    DigestCache Digests;
+
+private:
+    const QList<ArchiveEntry>& m_entries;
+    QString m_folder;
+    Progress& m_progress;
+};
+
+DeviceReport Report(const DeviceWalk& walk, const QList<ArchiveEntry>& entries, const EntryCertificates& certificates)
+{
+    DeviceReport report{walk.device->Name, walk.device->IdDev, {}, walk.boxes};
+    for (int row = 0; row < walk.device->BoardCount; ++row) {
+        const TBoardRecord& board = walk.device->Boards.at(row);
+        ModuleReport module{board.Name, {}, {}, {}};
+        if (!walk.taken[row].isEmpty()) {
+            module.entry = walk.taken[row].last().entry;
+            module.version = walk.taken[row].last().version;
+        } else {
+            const QString prefix = NamePrefix(FilePattern(*walk.device, board));
+            for (const ArchiveEntry& entry : entries) {
+                if (IsJudged(entry) && EntryFits(entry.path, prefix, board))
+                    module.entry = entry.path;
+            }
+        }
+        if (!module.entry.isEmpty())
+            module.certificate = certificates.value(module.entry);
+        report.modules.append(module);
+    }
+    return report;
+}
+
+Judgement JudgeExtracted(const QList<ArchiveEntry>& entries, const QString& folder, const QString& name,
+                         const QList<const TDeviceRecord*>& devices, Progress& progress)
+{
+    PanelWalk panel(entries, folder, progress);
+    QList<DeviceWalk> walks;
+    for (const TDeviceRecord* device : devices)
+        walks.append(panel.Walk(*device));
+    EntryCertificates certificates;
+    for (const ArchiveEntry& entry : entries) {
+        const QString path = folder + '/' + entry.path;
+        if (IsJudged(entry))
+            certificates.insert(entry.path, JudgeCertificate(path, panel.Digests.value(path).sha256));
+    }
+    Judgement judgement;
+    ArchiveFindings findings(name, entries, certificates);
+    findings.AboutEntries(folder);
+    for (const DeviceWalk& walk : walks) {
+        judgement.devices.append(Report(walk, entries, certificates));
+        findings.AboutModules(walk);
+    }
+    findings.AboutLeftOver(walks);
+    judgement.findings = findings.Findings();
+    judgement.notes = findings.Notes();
+    return judgement;
+}
+
+QList<Finding> AboutName(const QString& name)
+{
+    QList<Finding> findings;
+    const QString file = QFileInfo(name).fileName();
+    if (!file.endsWith(".zip", Qt::CaseInsensitive) || file.startsWith('.'))
+        findings.append({"not-shown",
+                         name,
+                         {},
+                         {"The panel's dialog does not show this file", "Диалог панели не покажет этот файл"},
+                         {"give it a name that ends with \".zip\" and begins with no dot",
+                          "дайте имя, которое кончается на «.zip» и не начинается с точки"}});
+    if (file.contains("firmware"))
+        findings.append(
+            {"firmware-in-name",
+             name,
+             {},
+             {"The panel does not make its extraction folder for an archive with \"firmware\" in its path, "
+              "and after a restart there is none: the waiting message stays on the screen for ever",
+              "Для архива с «firmware» в пути панель не создаёт папку распаковки, а после включения её нет: "
+              "сообщение об ожидании остаётся на экране навсегда"},
+             {"rename the archive", "переименуйте архив"}});
+    return findings;
+}
+
+} // namespace
+
+Judgement JudgeArchive(const QString& path, const QString& name, const QList<const TDeviceRecord*>& devices,
+                       Progress& progress)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Misuse{Filled("%1: cannot be read (%2); name a readable archive",
+                            "%1: не читается (%2); укажите читаемый архив", name, file.errorString())};
+    const QTemporaryDir temporary(QDir::tempPath() + "/fwkit-XXXXXX");
+    const QString folder = temporary.filePath("firmware");
+    if (!temporary.isValid() || !QDir().mkdir(folder))
+        throw Misuse{Filled(
+            "%1: no folder can be made there to unpack in; set TMPDIR to one where files can be written",
+            "%1: там нельзя создать папку для распаковки; укажите в TMPDIR доступную для записи", QDir::tempPath())};
+    const FirmwareArchive archive(path);
+    const QList<ArchiveEntry>& entries = archive.Entries();
+    Judgement judgement;
+    if (entries.isEmpty()) {
+        judgement.findings = {NothingInside(name)};
+    } else if (!MayBeExtracted(entries, folder)) {
+        const ArchiveEntry& culprit = Culprit(entries, folder);
+        judgement.findings = {Refused(name, culprit, !MayBeExtracted({culprit}, folder))};
+    } else {
+        RequireRoom(entries, name, folder);
+        progress.Tell({"Unpacking", "Распаковка"}, 0, 0);
+        if (!archive.ExtractAll(folder))
+            throw Misuse{
+                Filled("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there",
+                       "%1: не распаковывается в %2 (нет места или слишком длинное имя); освободите место", name,
+                       QDir::tempPath())};
+        judgement = JudgeExtracted(entries, folder, name, devices, progress);
+    }
+    judgement.findings = AboutName(name) + judgement.findings;
+    return judgement;
+}

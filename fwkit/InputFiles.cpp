@@ -1,0 +1,81 @@
+#include "InputFiles.h"
+
+#include "Misuse.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+bool IsTemporary(const QString& name)
+{
+    const auto ends = [&](const char* end) { return name.endsWith(QLatin1String(end)); };
+    return ends("~") || ends(".tmp") || ends(".part") || ends(".swp") || ends(".bak") || name.startsWith('#');
+}
+
+std::optional<InputFiles::Why> WhyNot(const QFileInfo& info, const QString& root)
+{
+    using Why = InputFiles::Why;
+    if (info.fileName().startsWith('.'))
+        return Why::Hidden;
+    if (IsTemporary(info.fileName()))
+        return Why::Temporary;
+    // A link to a folder inside would only show the same files twice, or never end.
+    if (info.isSymLink() && (info.isDir() || !info.canonicalFilePath().startsWith(root + '/')))
+        return Why::LeadsOutside;
+    if (!info.isDir() && !info.isFile())
+        return Why::NoFile;
+    return std::nullopt;
+}
+
+} // namespace
+
+InputFiles FilesBelow(const QString& folder)
+{
+    const QString root = QFileInfo(folder).canonicalFilePath();
+    InputFiles found;
+    QStringList open{QString()};
+    while (!open.isEmpty()) {
+        const QString below = open.takeLast();
+        const QDir dir(folder + '/' + below);
+        if (!QFileInfo(dir.path()).isReadable() || !QFileInfo(dir.path()).isExecutable())
+            throw Misuse{Filled("%1: the folder cannot be listed; give yourself the right to read it",
+                                "%1: папку нельзя просмотреть; дайте себе право на чтение", dir.path())};
+        for (const QFileInfo& info :
+             dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort)) {
+            const QString path = below + info.fileName();
+            if (const auto why = WhyNot(info, root))
+                found.leftOut.append({folder + '/' + path, *why});
+            else if (info.isDir())
+                open.append(path + '/');
+            else
+                found.files.append(path);
+        }
+    }
+    std::sort(found.files.begin(), found.files.end());
+    std::sort(found.leftOut.begin(), found.leftOut.end(), [](auto& a, auto& b) { return a.path < b.path; });
+    return found;
+}
+
+bool IsPassingName(const QString& name)
+{
+    return name.startsWith('.') || IsTemporary(name);
+}
+
+Words Reason(InputFiles::Why why)
+{
+    switch (why) {
+    case InputFiles::Why::Hidden:
+        return {"hidden", "скрытый"};
+    case InputFiles::Why::Temporary:
+        return {"temporary", "временный"};
+    case InputFiles::Why::LeadsOutside:
+        return {"a link out of the folder or to a folder", "ссылка наружу или на папку"};
+    case InputFiles::Why::NoFile:
+        return {"no regular file", "не обычный файл"};
+    }
+    return {};
+}

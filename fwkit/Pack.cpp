@@ -1,0 +1,113 @@
+#include "Pack.h"
+
+#include "FirmwareArchive.h"
+#include "Misuse.h"
+#include "PackPlan.h"
+#include "Progress.h"
+#include "ZipFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+/// Where the output really goes: a link that is there is kept, and the file behind it replaced.
+QString Target(const QString& output)
+{
+    const QFileInfo info(output);
+    if ((info.exists() && !info.isFile()) || (info.isSymLink() && !info.exists()))
+        throw Misuse{Filled("%1: is no regular file; choose another --output", //
+                            "%1: не обычный файл; смените --output", output)};
+    return info.isSymLink() ? info.canonicalFilePath() : info.absoluteFilePath();
+}
+
+QByteArray Digest(const PackFile& file)
+{
+    const FileDigest digest = ReadDigest(file.source);
+    if (digest.sha256.isEmpty())
+        throw Misuse{Filled("%1: cannot be read to its end; give a readable file",
+                            "%1: не читается до конца; укажите читаемый файл", file.source)};
+    return digest.sha256;
+}
+
+/// A certificate on the disk that no longer fits tells that the file has changed since.
+QList<Finding> AboutOldCertificate(const PackFile& file, const QByteArray& digest)
+{
+    if (JudgeCertificate(file.source, digest) != Certificate::Different)
+        return {};
+    return {{"wrong-certificate",
+             file.source,
+             {},
+             {"Its certificate on the disk is of another content", "Его сертификат на диске от другого содержимого"},
+             {"restore the file, or certify it anew", "восстановите файл или запишите сертификат заново"}}};
+}
+
+QList<ZipItem> Items(const QList<PackFile>& files, QList<Finding>& findings, Progress& progress)
+{
+    QList<ZipItem> items;
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        progress.Tell({"Certifying", "Сертификаты"}, i, files.size());
+        const QByteArray digest = Digest(files[i]);
+        findings += AboutOldCertificate(files[i], digest);
+        items.append({files[i].entry, files[i].source, {}, files[i].isExecutable});
+        items.append({files[i].entry + ".sha256", {}, digest, false});
+    }
+    std::sort(items.begin(), items.end(), [](const ZipItem& a, const ZipItem& b) { return a.name < b.name; });
+    return items;
+}
+
+/// What is said of an entry is said of the file it was made of.
+QList<Finding> OfSources(const QList<Finding>& findings, const QList<PackFile>& files)
+{
+    QHash<QString, QString> sources;
+    for (const PackFile& file : files)
+        sources.insert(file.entry, file.source);
+    QList<Finding> named = findings;
+    for (Finding& finding : named) {
+        if (sources.contains(finding.place))
+            finding.file = sources.value(std::exchange(finding.place, {}));
+    }
+    return named;
+}
+
+/// Brings the finished file to the disk and gives it its name.
+void Publish(const QString& path, const QString& target, const QString& name)
+{
+    QFile file(path);
+    const bool isOnDisk = file.open(QIODevice::ReadWrite) && ::fsync(file.handle()) == 0;
+    file.close();
+    if (!isOnDisk || std::rename(QFile::encodeName(path).constData(), QFile::encodeName(target).constData()) != 0)
+        throw Misuse{Filled("%1: cannot be put in its place; choose another --output",
+                            "%1: не удаётся поставить на место; смените --output", name)};
+}
+
+} // namespace
+
+PackResult Pack(const PackOrder& order, Progress& progress)
+{
+    const QString target = Target(order.output);
+    PackPlan plan = PlanPack(order.inputs, order.devices, target);
+    PackResult result{plan.findings, {}, plan.files.size(), plan.leftOut};
+    const QList<ZipItem> items = Items(plan.files, result.findings, progress);
+    if (!result.findings.isEmpty())
+        return result;
+    const QTemporaryDir beside(QFileInfo(target).path() + "/.fwkit-XXXXXX");
+    if (!beside.isValid())
+        throw Misuse{Filled("%1: its folder takes no files (%2); choose another --output",
+                            "%1: в его папку нельзя писать (%2); смените --output", order.output,
+                            beside.errorString())};
+    const QString written = beside.filePath("archive.zip");
+    WriteZipFile(written, order.output, items, progress);
+    result.judgement = JudgeArchive(written, order.output, order.devices, progress);
+    result.findings = OfSources(result.judgement.findings, plan.files);
+    if (result.findings.isEmpty())
+        Publish(written, target, order.output);
+    return result;
+}

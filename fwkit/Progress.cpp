@@ -1,0 +1,37 @@
+#include "Progress.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 PauseMs = 100;
+constexpr char WipeLine[] = "\r\033[K";
+
+void Write(const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), stderr);
+    std::fflush(stderr);
+}
+
+} // namespace
+
+Progress::Progress()
+    : m_isTerminal(::isatty(STDERR_FILENO) == 1)
+{}
+
+Progress::~Progress()
+{
+    if (m_shown.isValid())
+        Write(WipeLine);
+}
+
+void Progress::Tell(const Words& work, qint64 done, qint64 total)
+{
+    const QString text = m_isTerminal ? Say(work) : QString();
+    if (!m_isTerminal || (text == m_work && m_shown.elapsed() < PauseMs))
+        return;
+    m_work = text;
+    m_shown.start();
+    Write(WipeLine + text + (total > 0 ? QString(" %1 %").arg(100 * done / total) : QString()));
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Words.h"
+
+#include <QElapsedTimer>
+
+/// Tells how far long work has got: one line on stderr that is rewritten and at last wiped off. Silent when stderr is
+/// no terminal.
+class Progress
+{
+public:
+    Progress();
+    ~Progress();
+    Q_DISABLE_COPY_MOVE(Progress)
+
+    /// `done` of `total`, in any unit.
+    void Tell(const Words& work, qint64 done, qint64 total);
+
+private:
+    bool m_isTerminal;
+    QString m_work;
+    QElapsedTimer m_shown;
+};

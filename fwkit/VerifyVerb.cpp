@@ -1,0 +1,41 @@
+#include "Catalogue.h"
+#include "JudgementText.h"
+#include "Options.h"
+#include "Progress.h"
+#include "Report.h"
+#include "Verb.h"
+
+#include <QCommandLineParser>
+
+namespace {
+
+Status Run(const QCommandLineParser& parser)
+{
+    const Catalogue catalogue = LoadCatalogue(Required(parser, "catalogue"), parser.value("device"));
+    if (parser.positionalArguments().size() != 1)
+        throw Misuse{{"name one archive", "укажите один архив"}};
+    const QString archive = parser.positionalArguments().first();
+    Judgement judgement;
+    {
+        Progress progress;
+        judgement = JudgeArchive(archive, archive, catalogue.devices, progress);
+    }
+    Print(parser.isSet("json") ? JsonText(JsonOf(judgement, archive)) : TextOf(judgement, archive));
+    return judgement.findings.isEmpty() ? Fine : HasFindings;
+}
+
+} // namespace
+
+Verb VerifyVerb()
+{
+    return {"verify",
+            {"Shows what the panel would do with an archive: the file that each module would take, and every box.",
+             "Показывает, что панель сделает с архивом: какой файл возьмёт каждый модуль и все окна."},
+            {"FILE.zip", "FILE.zip"},
+            [](QCommandLineParser& parser) {
+                AddCatalogueOption(parser);
+                AddDeviceOption(parser);
+                AddJsonOption(parser);
+            },
+            Run};
+}
