@@ -2,6 +2,8 @@
 // as an operator would. UPDATER_HAND names what to do:
 //   road           the whole road of an update; needs UPDATER_HAND_SHOTS, the folder for the screenshots
 //   update         takes new.zip, tells on standard output which modules are offered, and updates them
+//   take           takes new.zip, tells the new versions of all modules on stdout, and closes the window; a box is not
+//                  answered
 //   close-search, close-reading, close-update   closes the window in the middle of that work
 
 #include "Hand.h"
@@ -67,6 +69,8 @@ public:
             WorkTheRoad();
         else if (task == "update")
             UpdateWhatIsOffered();
+        else if (task == "take")
+            TakeAnArchive();
         else
             CloseInTheMiddle(task);
         connect(this, &Hand::Finished, this, [this](bool all) {
@@ -168,6 +172,25 @@ private:
                 }
                 Press("buttonClose");
             });
+    }
+
+    void TakeAnArchive()
+    {
+        const auto* table = qobject_cast<QTableWidget*>(Find("tableWidget"));
+        const auto versions = [=] {
+            QStringList texts;
+            for (int row = 0; row < table->rowCount(); ++row)
+                texts.append(Cell(row, 2));
+            return texts;
+        };
+        Step("versions", [] { return !Cell(0, 1).isEmpty() && Text("label_Update").isEmpty(); });
+        Press("buttonArchive");
+        ChooseFile("Открыть архив с прошивками", "new.zip");
+        Step(
+            "every module has a new version",
+            [=] { return !versions().contains(QString()) && !OpenDialog() && IsReachable(table); },
+            [=] { std::printf("%s\n", qPrintable(versions().join(' '))); });
+        Press("buttonClose");
     }
 
     void CloseInTheMiddle(const QString& task)

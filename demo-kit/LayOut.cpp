@@ -1,5 +1,5 @@
 // Lays out the folder in which ./demo runs: a catalogue of two instruments on free ports, a program module
-// that is "installed", and an archive with new firmware for all but one module.
+// that is "installed", and in "new" what its maker would pack: new firmware for all but one module.
 
 #include "Stage.h"
 
@@ -36,15 +36,12 @@ int main(int argc, char** argv)
     stage::WriteFile(folder + "/demo-viewer.ver", "1.0");
 
     constexpr int ControllerSize = 1500 * 1024;
-    const stage::Files files =
-        stage::WithCertificates({{"boards/fw_12_1_0_v1.5.bin", stage::Image("1.5", ControllerSize)},
-                                 {"boards/fw_12_1_1_v2.1.rpd", stage::Image("2.1", 300 * 1024 + 7)},
-                                 {"boards/fw_12_3_2_v1.2.rpd", stage::Image("1.2", 64 * 1024)},
-                                 {"viewer/demo-viewer", "#!/bin/sh\necho viewer 2.0\n"},
-                                 {"viewer/demo-viewer.ver", "2.0"}});
-    stage::WriteZip(folder + "/demo-200.zip", files);
-    // Beside the archive as files, for whoever wants to compare what the instrument received.
+    const stage::Files files{{"boards/fw_12_1_0_v1.5.bin", stage::Image("1.5", ControllerSize)},
+                             {"boards/fw_12_1_1_v2.1.rpd", stage::Image("2.1", 300 * 1024 + 7)},
+                             {"boards/fw_12_3_2_v1.2.rpd", stage::Image("1.2", 64 * 1024)},
+                             {"viewer/demo-viewer", "#!/bin/sh\necho viewer 2.0\n"},
+                             {"viewer/demo-viewer.ver", "2.0"}};
     for (const auto& [name, content] : files)
-        stage::WriteFile(folder + "/expected/" + name, content);
+        stage::WriteFile(folder + "/new/" + name, content);
     return 0;
 }

@@ -1,9 +1,9 @@
-#include "Catalogue.h"
 #include "JudgementText.h"
 #include "Options.h"
 #include "Pack.h"
 #include "Progress.h"
 #include "Report.h"
+#include "Selection.h"
 #include "Verb.h"
 
 #include <QCommandLineParser>
@@ -18,9 +18,9 @@ void TellOnStderr(const QString& line)
     std::fputs(("fwkit pack: " + line + '\n').toUtf8().constData(), stderr);
 }
 
-PackOrder ReadOrder(const QCommandLineParser& parser, const Catalogue& catalogue)
+PackOrder ReadOrder(const QCommandLineParser& parser, const Selection& selection)
 {
-    const PackOrder order{catalogue.devices, parser.positionalArguments(), Required(parser, "output")};
+    const PackOrder order{selection.devices, parser.positionalArguments(), Required(parser, "output")};
     if (order.inputs.isEmpty())
         throw Misuse{{"name the files or folders to pack", "укажите файлы или папки для упаковки"}};
     if (QFileInfo(order.output).absolutePath().contains("firmware"))
@@ -34,8 +34,8 @@ PackOrder ReadOrder(const QCommandLineParser& parser, const Catalogue& catalogue
 
 Status Run(const QCommandLineParser& parser)
 {
-    const Catalogue catalogue = LoadCatalogue(Required(parser, "catalogue"), Required(parser, "device"));
-    const PackOrder order = ReadOrder(parser, catalogue);
+    const Selection selection = SelectDevices(Required(parser, "catalogue"), Required(parser, "device"));
+    const PackOrder order = ReadOrder(parser, selection);
     PackResult result;
     {
         Progress progress;

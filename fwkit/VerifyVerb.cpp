@@ -1,8 +1,8 @@
-#include "Catalogue.h"
 #include "JudgementText.h"
 #include "Options.h"
 #include "Progress.h"
 #include "Report.h"
+#include "Selection.h"
 #include "Verb.h"
 
 #include <QCommandLineParser>
@@ -11,14 +11,14 @@ namespace {
 
 Status Run(const QCommandLineParser& parser)
 {
-    const Catalogue catalogue = LoadCatalogue(Required(parser, "catalogue"), parser.value("device"));
+    const Selection selection = SelectDevices(Required(parser, "catalogue"), parser.value("device"));
     if (parser.positionalArguments().size() != 1)
         throw Misuse{{"name one archive", "укажите один архив"}};
     const QString archive = parser.positionalArguments().first();
     Judgement judgement;
     {
         Progress progress;
-        judgement = JudgeArchive(archive, archive, catalogue.devices, progress);
+        judgement = JudgeArchive(archive, archive, selection.devices, progress);
     }
     Print(parser.isSet("json") ? JsonText(JsonOf(judgement, archive)) : TextOf(judgement, archive));
     return judgement.findings.isEmpty() ? Fine : HasFindings;

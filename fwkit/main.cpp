@@ -72,6 +72,13 @@ Status Run(const QString& name, const QStringList& arguments)
     return Fine;
 }
 
+/// The toolkit talks of an archive's faults to stderr in its own words; the findings say the same to the maker.
+void Hush(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type == QtFatalMsg)
+        std::fputs((text + '\n').toUtf8().constData(), stderr);
+}
+
 void Complain(const QString& name, const Words& why)
 {
     const QString line = "fwkit" + (name.isEmpty() ? name : ' ' + name) + ": " + Say(why);
@@ -82,6 +89,7 @@ void Complain(const QString& name, const Words& why)
 
 int main(int argc, char* argv[])
 {
+    qInstallMessageHandler(Hush);
     const QCoreApplication app(argc, argv);
     ToolkitWords words;
     QCoreApplication::installTranslator(&words);

@@ -84,7 +84,7 @@ private slots:
             return false;
         };
         g_timeLimits.restartPause = 400ms;
-        panel.TakeArchive(BothImages());
+        panel.TakeArchive(BothImages().first(isLast ? 2 : 4));
         panel.hand.Press("buttonUpdate");
         panel.hand.AnswerBox(Failure, "OK");
         QVERIFY2(panel.hand.Run(30s), qPrintable(panel.hand.Failure));
@@ -104,7 +104,7 @@ private slots:
         TBoardRecord other = record;
         other.Type = "DEV2";
         panel.Open({stage::Device("П", 7, {record}), stage::Device("Р", 7, {other, record})});
-        panel.TakeArchive(BothImages());
+        panel.TakeArchive(BothImages().first(2));
         bool onlyCloseInSearch = true;
         board.fault = [&](const Call& c) {
             const bool right = !panel.IsEnabled("buttonUpdate") && panel.IsEnabled("buttonClose");

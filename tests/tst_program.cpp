@@ -34,6 +34,17 @@ class TestProgram : public QObject
         QVERIFY(process.waitForStarted());
     }
 
+    /// Makes new.zip for device 7 of the catalogue in `folder`, as its maker would.
+    static void Pack(const QTemporaryDir& folder, const stage::Files& files)
+    {
+        const QTemporaryDir inputs;
+        for (const auto& [name, content] : files)
+            stage::WriteFile(inputs.filePath(name), content);
+        QCOMPARE(QProcess::execute(FWKIT_PROGRAM, {"pack", "--catalogue", folder.filePath("updater.json"), "--device",
+                                                   "7", "--output", folder.filePath("new.zip"), inputs.path()}),
+                 0);
+    }
+
     /// Waits while the boards of this process go on answering; true once `done`. What is not done then is killed.
     static bool Wait(QProcess& process, const std::function<bool()>& done)
     {
@@ -128,8 +139,7 @@ private slots:
         stage::WriteCatalogue(
             folder.filePath("updater.json"),
             {stage::Device("D", 7, {stage::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0)})});
-        stage::WriteZip(folder.filePath("new.zip"),
-                        stage::WithCertificates({{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 3000000)}}));
+        Pack(folder, {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 3000000)}});
         QProcess process;
         QElapsedTimer timer;
         timer.start();
@@ -147,6 +157,27 @@ private slots:
         Start(next, folder);
         QVERIFY(Runs(next, "Try connect"));
         Kill(next);
+    }
+
+    void PackedArchiveIsTakenWithoutABox()
+    {
+        const QTemporaryDir folder;
+        TDeviceRecord device = stage::Device("D", 7,
+                                             {stage::Board("b", "T", "127.0.0.1", stage::FreePort("127.0.0.1"), 1, 0),
+                                              stage::Board("c", "T", "127.0.0.1", 1, 2, 3),
+                                              stage::Program("Просмотр", "viewer", "demo-viewer")});
+        stage::WriteCatalogue(folder.filePath("updater.json"), {device});
+        stage::WriteFile(folder.filePath("demo-viewer.ver"), "1.0");
+        Pack(folder, {{"a/fw_7_1_0_v1.5.bin", "1"},
+                      {"b/fw_7_2_3_v2.1.rpd", "2"},
+                      {"viewer/demo-viewer", "#!/bin/sh\n"},
+                      {"viewer/demo-viewer.ver", "2.0"},
+                      {"viewer/lib/picture.png", "3"}});
+        QProcess process;
+        Start(process, folder, "take");
+        QVERIFY(Ended(process));
+        QVERIFY2(process.exitCode() == 0, process.readAllStandardError().right(600));
+        QCOMPARE(process.readAllStandardOutput(), "1.5 2.1 2.0\n");
     }
 
     void NoBuildPathInTheBinary()

@@ -173,7 +173,7 @@ private slots:
         Panel panel;
         panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0), one.Record("b", 2, 1)})});
         BoxReader boxes;
-        panel.TakeArchive(files);
+        panel.TakeBadArchive(files);
         QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
         QTEST(boxes.texts, "boxes");
         QTEST(panel.Cell(0, 2) + " " + panel.Cell(1, 2), "versions");

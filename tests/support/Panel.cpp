@@ -1,6 +1,10 @@
 #include "Panel.h"
 
 #include "AppState.h"
+#include "Pack.h"
+#include "Progress.h"
+#include "Report.h"
+#include "Selection.h"
 #include "TimeLimits.h"
 
 #include <QApplication>
@@ -138,7 +142,25 @@ void Panel::WaitForVersions()
 
 void Panel::TakeArchive(const stage::Files& files)
 {
+    const QTemporaryDir folder;
+    for (const auto& [name, content] : files)
+        stage::WriteFile(folder.filePath(name), content);
+    Progress progress;
+    const Selection selection = SelectDevices(Path("updater.json"), {});
+    const PackResult packed = Pack({selection.devices, {folder.path()}, Path("new.zip")}, progress);
+    if (!packed.findings.isEmpty())
+        qFatal("%s", qPrintable(LineOf(packed.findings.first())));
+    ChooseArchive();
+}
+
+void Panel::TakeBadArchive(const stage::Files& files)
+{
     stage::WriteZip(Path("new.zip"), files);
+    ChooseArchive();
+}
+
+void Panel::ChooseArchive()
+{
     hand.Press("buttonArchive");
     hand.ChooseFile("Открыть архив с прошивками", "new.zip");
     hand.Step("the archive is analysed", [this] { return Controls() == "idle" && Hand::IsReachable(window.get()); });

@@ -37,9 +37,11 @@ public:
     /// What the stand-in for sudo was asked, one line each.
     static QStringList SudoLog();
 
-    /// Steps of `hand` that nearly every road shares; `files` become the archive.
+    /// Steps of `hand` that nearly every road shares; `files` become the archive, packed as a maker would.
     void WaitForVersions();
     void TakeArchive(const stage::Files& files);
+    /// One that no maker's tool would pack.
+    void TakeBadArchive(const stage::Files& files);
     /// Presses `row`'s file button (column 3) or mark button (column 4).
     void PressRow(int row, int column);
 
@@ -47,5 +49,7 @@ public:
     std::unique_ptr<MainWindow> window;
 
 private:
+    void ChooseArchive();
+
     std::vector<std::unique_ptr<Instrument>> m_instruments;
 };

@@ -7,7 +7,7 @@
 #include <memory>
 
 /// The devices that a verb works for.
-struct Catalogue
+struct Selection
 {
     std::shared_ptr<const TAppConfigStruct> config;
     QList<const TDeviceRecord*> devices; ///< owned by `config`; at least one
@@ -15,4 +15,4 @@ struct Catalogue
 
 /// Reads the catalogue as the panel does. `id` is an IdDev, which several devices may have in common; every device is
 /// meant when it is empty. Throws Misuse.
-Catalogue LoadCatalogue(const QString& path, const QString& id);
+Selection SelectDevices(const QString& path, const QString& id);
