@@ -161,12 +161,15 @@ private slots:
 
     void PackedArchiveIsTakenWithoutABox()
     {
+        FakeBoard board([](QTcpSocket& socket, const QByteArray& request) {
+            socket.write(FakeBoard::Text(request, FakeBoard::Command(request).chopped(2) + "1.0;"));
+        });
         const QTemporaryDir folder;
-        TDeviceRecord device = stage::Device("D", 7,
-                                             {stage::Board("b", "T", "127.0.0.1", stage::FreePort("127.0.0.1"), 1, 0),
-                                              stage::Board("c", "T", "127.0.0.1", 1, 2, 3),
-                                              stage::Program("Просмотр", "viewer", "demo-viewer")});
-        stage::WriteCatalogue(folder.filePath("updater.json"), {device});
+        stage::WriteCatalogue(folder.filePath("updater.json"),
+                              {stage::Device("D", 7,
+                                             {stage::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0),
+                                              stage::Board("c", "1.0", "127.0.0.1", board.serverPort(), 2, 3),
+                                              stage::Program("Просмотр", "viewer", "demo-viewer")})});
         stage::WriteFile(folder.filePath("demo-viewer.ver"), "1.0");
         Pack(folder, {{"a/fw_7_1_0_v1.5.bin", "1"},
                       {"b/fw_7_2_3_v2.1.rpd", "2"},
