@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Stage.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+
+/// The real fwkit, and the folder of a maker.
+
+struct Outcome
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+/// "@" in an argument is the folder. `limit`: how large a file may become, in blocks of 512 bytes; -1: any size.
+inline Outcome Run(const QTemporaryDir& folder, QStringList arguments, int limit = -1,
+                   const QByteArray& locale = "C.UTF-8")
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LC_ALL", locale);
+    environment.insert("TMPDIR", folder.path());
+    process.setProcessEnvironment(environment);
+    arguments.replaceInStrings("@", folder.path());
+    const QString limited =
+        QString("ulimit -f %1; exec \"$0\" \"$@\"").arg(limit < 0 ? "unlimited" : QString::number(limit));
+    process.start("/bin/sh", QStringList{"-c", limited, FWKIT_PROGRAM} + arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+        qFatal("fwkit did not end by itself");
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+inline void WriteFiles(const QTemporaryDir& folder, const stage::Files& files)
+{
+    for (const auto& [name, content] : files)
+        stage::WriteFile(folder.filePath(name), content);
+}
+
+/// Everything in the folder, hidden files too.
+inline QStringList Listing(const QTemporaryDir& folder)
+{
+    return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+/// Two boards and programs that are in order, in each other's way, and never copied or taken.
+inline void WriteCatalogue(const QTemporaryDir& folder)
+{
+    stage::WriteCatalogue(
+        folder.filePath("updater.json"),
+        {stage::Device("П", 7,
+                       {stage::Board("Один", "T", "127.0.0.1", 1, 1, 0), stage::Board("Два", "T", "127.0.0.1", 1, 2, 1),
+                        stage::Program("П1", "view", "prog"), stage::Program("П2", "deep", "prog2"),
+                        stage::Program("П3", "base", "kernel"), stage::Program("П4", "dot", "p.x")})});
+}
+
+inline stage::Files Good()
+{
+    return {{"fw_7_1_0_v2.0.bin", "image"}, {"view/prog", "code"}, {"view/prog.ver", "1.5"}, {"view/lib/l.so", "l"}};
+}
