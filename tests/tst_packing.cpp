@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <sys/stat.h>
+
 class TestPacking : public QObject
 {
     Q_OBJECT
@@ -18,24 +20,27 @@ private slots:
         const QTemporaryDir folder;
         WriteCatalogue(folder);
         for (const auto& [name, content] : Good())
-            stage::WriteFile(folder.filePath("in/" + name), content);
-        WriteFiles(folder, {{"in/.hidden", "x"}, {"in/old~", "x"}});
-        QFile::setPermissions(folder.filePath("in/view/prog"), QFile::Permissions::fromInt(0x7700));
+            stage::WriteFile(folder.filePath("firmware/" + name), content);
+        WriteFiles(folder, {{"firmware/.hidden", "x"}, {"firmware/old~", "x"}});
+        QFile::setPermissions(folder.filePath("firmware/view/prog"), QFile::Permissions::fromInt(0x7700));
         const QStringList order{"pack", "--catalogue", "@/updater.json", "--device", "7", "--output"};
-        const Outcome first = Run(folder, order + QStringList{"@/in/a.zip", "@/in"});
+        const Outcome first = Run(folder, order + QStringList{"@/firmware/a.zip", "@/firmware"});
         QVERIFY2(first.status == 0, qPrintable(first.err));
         QCOMPARE(first.err.count("left out"), 2);
+        QVERIFY(first.err.contains("note: the folder's name contains \"firmware\""));
+        const QByteArray zip = stage::ReadFile(folder.filePath("firmware/a.zip"));
 
         // Later, elsewhere, with other inputs of the same content; the archive itself is none of them.
         qputenv("TZ", "Asia/Tokyo");
-        QFile touched(folder.filePath("in/view/prog"));
+        QFile touched(folder.filePath("firmware/view/prog"));
         QVERIFY(touched.open(QIODevice::ReadWrite));
         QVERIFY(touched.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000), QFileDevice::FileModificationTime));
-        QCOMPARE(Run(folder, order + QStringList{"@/b.zip", "@/in/view", "@/in/fw_7_1_0_v2.0.bin"}).status, 0);
-        QCOMPARE(Run(folder, order + QStringList{"@/in/a.zip", "@/in"}).status, 0);
+        QCOMPARE(Run(folder, order + QStringList{"@/b.zip", "@/firmware/view", "@/firmware/fw_7_1_0_v2.0.bin"}).status,
+                 0);
+        QCOMPARE(Run(folder, order + QStringList{"@/firmware/a.zip", "@/firmware"}).status, 0);
         qunsetenv("TZ");
-        const QByteArray zip = stage::ReadFile(folder.filePath("b.zip"));
-        QVERIFY(!zip.isEmpty() && zip == stage::ReadFile(folder.filePath("in/a.zip")));
+        QVERIFY(!zip.isEmpty() && zip == stage::ReadFile(folder.filePath("b.zip")));
+        QVERIFY(zip == stage::ReadFile(folder.filePath("firmware/a.zip")));
 
         QStringList entries;
         const FirmwareArchive archive(folder.filePath("b.zip"));
@@ -137,8 +142,7 @@ private slots:
             " pack: /proc/self/mem: cannot");
         row("no folder for it", pack + QStringList{"--output", "@/x/a.zip", "@/target"},
             " pack: @/x/a.zip: its folder takes");
-        row("a device as output", pack + QStringList{"--output", "/dev/null", "@/in"},
-            " pack: /dev/null: is no regular");
+        row("a pipe as output", pack + QStringList{"--output", "@/fifo", "@/target"}, " pack: @/fifo: is no regular");
         row("unreadable file", {"certify", "/proc/self/mem"}, " certify: /proc/self/mem: cannot be read to its end");
         row("no file", {"certify", "@/in/file", "@/x"}, " certify: @/x: no such file or folder");
         row("a certificate", {"certify", "@/in/c.sha256"}, " certify: @/in/c.sha256: a certificate, hidden");
@@ -153,6 +157,7 @@ private slots:
         WriteFiles(folder, {{"in/file", "{}"}, {"in/c.sha256", "x"}, {"in/linked", "x"}, {"target", "kept"}});
         QFile::link(folder.filePath("target"), folder.filePath("in/linked.sha256"));
         QDir(folder.path()).mkpath("empty");
+        QCOMPARE(::mkfifo(qPrintable(folder.filePath("fifo")), 0600), 0);
         const Outcome outcome = Run(folder, arguments);
         QCOMPARE(outcome.status, 2);
         QVERIFY2(outcome.err.startsWith("fwkit" + line.replace("@", folder.path())), qPrintable(outcome.err));
