@@ -58,6 +58,16 @@ QString ExtractionFolder()
     return QDir::cleanPath(QDir::tempPath() + "/firmware");
 }
 
+QString ProgramSource(const TBoardRecord& board)
+{
+    return QDir::cleanPath(ExtractionFolder() + "/" + board.Folder);
+}
+
+QString MakeExecutableCommand(const QString& programFolder, const TBoardRecord& board)
+{
+    return "sudo chmod 777 " + QDir::cleanPath(programFolder + "/" + board.File);
+}
+
 QString StartFolder(const QString& programFolder, bool inFirmwareFolder, const QString& hostName,
                     const QString& mediaParent)
 {

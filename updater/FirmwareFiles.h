@@ -22,6 +22,10 @@ QString FileNameOf(const QString& path);
 
 /// Folder below the temporary directory into which every archive is extracted.
 QString ExtractionFolder();
+/// The extracted folder that is copied for a program module.
+QString ProgramSource(const TBoardRecord& board);
+/// The command line behind the copy. It is split at spaces.
+QString MakeExecutableCommand(const QString& programFolder, const TBoardRecord& board);
 /// Where a file dialog opens: the root of the panel's removable media below `mediaParent` when something is
 /// mounted there, otherwise the program's folder (its "firmware" folder when `inFirmwareFolder`).
 QString StartFolder(const QString& programFolder, bool inFirmwareFolder, const QString& hostName,

@@ -231,12 +231,12 @@ bool MainWindow::CopyFolder(int board)
 {
     const TBoardRecord& record = Board(board);
     const QString programFolder = QCoreApplication::applicationDirPath();
-    const QString source = QDir::cleanPath(ExtractionFolder() + "/" + record.Folder);
+    const QString source = ProgramSource(record);
     if (!Util::CopyPath(source, programFolder)) {
         qDebug().noquote().nospace() << "Cannot copy " << source << " to " << programFolder << "\n";
         return false;
     }
-    return Util::BashCommand("sudo chmod 777 " + QDir::cleanPath(programFolder + "/" + record.File));
+    return Util::BashCommand(MakeExecutableCommand(programFolder, record));
 }
 
 bool MainWindow::BackupProgram()

@@ -219,7 +219,7 @@ bool TcpModbus::WriteFirmware(const QByteArray& image, int type, quint32 blockLi
         emit onWriteBlock(int(offset));
     }
     return BinCommand(CmdImageCrc, imageCrc, 0, {})
-           && BinCommand(quint16(quint32(CmdFinish) + quint32(type)), quint16(size), quint16(size >> 16), {});
+           && BinCommand(FinishCommand(type), quint16(size), quint16(size >> 16), {});
 }
 
 quint16 TcpModbus::Crc16(quint16 init, const QByteArray& data)

@@ -1,19 +1,13 @@
 #pragma once
 
+#include "BinaryCommand.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QString>
 
 class ModbusClient;
 class QModbusReply;
-
-/// Command words of the binary channel.
-enum BinaryCommand : quint16 {
-    CmdReadValue = 0xA000,  ///< the answer carries a 32-bit value
-    CmdWriteBlock = 0xA001, ///< p1, p2: low and high half of the byte offset; payload: the block
-    CmdImageCrc = 0xA002,   ///< p1: CRC-16/MODBUS of the whole image
-    CmdFinish = 0xA003,     ///< plus the processor's IdCPU; p1, p2: low and high half of the image size
-};
 
 /// One connection to one board, for one step of the work. Every call sends, then processes the program's
 /// events until the answer is there, a limit of g_timeLimits has passed, or g_stopRequested is set; so any
