@@ -13,7 +13,7 @@ namespace {
 
 QList<Verb> Verbs()
 {
-    return {CertifyVerb(), PackVerb(), VerifyVerb()};
+    return {CertifyVerb(), PackVerb(), VerifyVerb(), CheckVerb()};
 }
 
 QString ProgramHelp()

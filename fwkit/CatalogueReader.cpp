@@ -1,0 +1,228 @@
+#include "CatalogueReader.h"
+
+#include "AppConfig.h"
+#include "CatalogueWords.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int MaxShown = 60;
+/// Farther apart, two keys are no misspelling of each other.
+constexpr int MaxDistance = 2;
+
+enum class Type { Text, Number, Flag, List };
+
+struct Field
+{
+    CatalogueReader::Level level;
+    const char* key;
+    Type type;
+};
+
+constexpr Field Fields[] = {
+    {CatalogueReader::Catalogue, "DeviceVersion", Type::Number},
+    {CatalogueReader::Catalogue, "Devices", Type::List},
+    {CatalogueReader::Device, "Name", Type::Text},
+    {CatalogueReader::Device, "IdDev", Type::Number},
+    {CatalogueReader::Device, "Boards", Type::List},
+    {CatalogueReader::Board, "Name", Type::Text},
+    {CatalogueReader::Board, "Type", Type::Text},
+    {CatalogueReader::Board, "Main", Type::Flag},
+    {CatalogueReader::Board, "IdCPU", Type::Number},
+    {CatalogueReader::Board, "Ip", Type::Text},
+    {CatalogueReader::Board, "Port", Type::Number},
+    {CatalogueReader::Board, "MBAddr", Type::Number},
+    {CatalogueReader::Board, "Path", Type::Text},
+    {CatalogueReader::Board, "File", Type::Text},
+    {CatalogueReader::Board, "Folder", Type::Text},
+};
+
+/// Behind the value: the type's name, what the panel reads instead, what to write. In the order of Type.
+const QList<Words> TypeWords[] = {
+    {{"text", "текст"}, {"\"\"", "«»"}, {"a text in quotes", "текст в кавычках"}},
+    {{"whole number of 32 bits", "целое число в 32 бита"}, {"0", "0"}, {"a whole number", "целое число без кавычек"}},
+    {{"flag", "признак"}, {"false", "false"}, {"true or false", "true или false"}},
+    {{"list", "список"}, {"an empty list", "пустой список"}, {"a list in [ ]", "список в [ ]"}},
+};
+
+/// Whether the panel's own reading of the value keeps it.
+bool IsOfType(const QJsonObject& object, const QString& key, Type type)
+{
+    const QJsonValue value = object.value(key);
+    const bool isWhole = value.isDouble() && value.toDouble() == JsonInt(object, key);
+    switch (type) {
+    case Type::Text:
+        return value.isString();
+    case Type::Number:
+        return isWhole;
+    case Type::Flag:
+        return value.isBool() || isWhole;
+    case Type::List:
+        break;
+    }
+    return value.isArray();
+}
+
+/// Number of single letters to add, drop or change (Levenshtein), whatever their case.
+int Distance(const QString& a, const QString& b)
+{
+    QList<int> row(b.size() + 1);
+    for (int j = 0; j <= b.size(); ++j)
+        row[j] = j;
+    for (int i = 0; i < a.size(); ++i) {
+        int diagonal = std::exchange(row[0], i + 1);
+        for (int j = 0; j < b.size(); ++j) {
+            const int changed = diagonal + (a[i].toLower() == b[j].toLower() ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.last();
+}
+
+Words RemedyForKey(const QString& key, CatalogueReader::Level level)
+{
+    static const Words Homes[] = {{"it belongs at the top", "его место наверху"},
+                                  {"it belongs in a device", "его место в приборе"},
+                                  {"it belongs in a board", "его место в модуле"}};
+    int nearest = MaxDistance + 1;
+    Words remedy{"remove it", "уберите его"};
+    for (const Field& field : Fields) {
+        if (field.level != level && key == field.key)
+            remedy = Homes[field.level];
+        if (field.level != level || key.size() > MaxShown || Distance(key, field.key) >= nearest)
+            continue;
+        nearest = Distance(key, field.key);
+        remedy = {QString("write \"%1\"").arg(field.key), QString("напишите «%1»").arg(field.key)};
+    }
+    return remedy;
+}
+
+QString Join(const QString& path, const QString& key)
+{
+    return path.isEmpty() ? Shortened(key) : path + '.' + Shortened(key);
+}
+
+Words Both(const QString& text)
+{
+    return {text, text};
+}
+
+} // namespace
+
+QString Shortened(const QString& text)
+{
+    QString shown = text.left(MaxShown);
+    for (QChar& c : shown)
+        c = c.isPrint() || c.isSurrogate() ? c : QChar('?');
+    return text.size() > MaxShown ? shown + "..." : shown;
+}
+
+CatalogueReader::CatalogueReader(const QString& file, const QByteArray& text)
+    : m_file(file)
+    , m_text(text)
+{}
+
+std::optional<JsonSpot> CatalogueReader::Top()
+{
+    QJsonParseError fault;
+    const QJsonDocument document = QJsonDocument::fromJson(m_text, &fault);
+    if (fault.error != QJsonParseError::NoError) {
+        Add(JsonFaultOffset(m_text, fault), {}, "not-json", {Both(fault.errorString())});
+        return std::nullopt;
+    }
+    const QJsonValue value = document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
+    const JsonSpot top = Enter(JsonBegin(m_text), {}, value, Catalogue);
+    return top.isObject ? std::optional(top) : std::nullopt;
+}
+
+CatalogueReport CatalogueReader::Result() const
+{
+    CatalogueReport report;
+    for (const auto& [offset, finding] : m_findings)
+        report.findings.append(finding);
+    report.omitted = m_omitted;
+    return report;
+}
+
+JsonSpot CatalogueReader::Enter(qsizetype offset, const QString& path, const QJsonValue& value, Level level)
+{
+    JsonSpot spot{path, offset, value.isObject(), value.toObject(), {}, {}};
+    if (spot.isObject) {
+        CheckKeys(spot, level);
+        CheckTypes(spot, level);
+    } else if (level == Catalogue) {
+        Add(offset, path, "no-object", {{"the panel finds no instrument", "панель не найдёт ни одного прибора"}});
+    } else {
+        Add(offset, path, "no-object",
+            {{"it takes its place all the same, with all values empty or 0",
+              "он всё равно занимает место, все значения пусты или 0"}});
+    }
+    return spot;
+}
+
+void CatalogueReader::CheckKeys(JsonSpot& spot, Level level)
+{
+    for (const JsonMember& member : JsonMembers(m_text, spot.offset)) {
+        const QString path = Join(spot.path, member.key);
+        const auto isThis = [&](const Field& field) { return field.level == level && member.key == field.key; };
+        // Editors find the schema by this key.
+        const bool isKnown = std::any_of(std::begin(Fields), std::end(Fields), isThis)
+                             || (level == Catalogue && member.key == "$schema");
+        if (!isKnown)
+            Add(member.keyOffset, path, "unknown-key", {Both(Shortened(member.key)), RemedyForKey(member.key, level)});
+        if (spot.values.contains(member.key))
+            Add(member.keyOffset, path, "duplicate-key", {Both(Shortened(member.key))});
+        spot.values[member.key] = member.offset;
+    }
+}
+
+void CatalogueReader::CheckTypes(JsonSpot& spot, Level level)
+{
+    for (const Field& field : Fields) {
+        const QString key = field.key;
+        if (field.level != level || !spot.values.contains(key) || IsOfType(spot.object, key, field.type))
+            continue;
+        const QByteArray list = QJsonDocument(QJsonArray{spot.object.value(key)}).toJson(QJsonDocument::Compact);
+        const QString value = Shortened(QString::fromUtf8(list.mid(1, list.size() - 2)));
+        Report(spot, key, "wrong-type", QList<Words>{Both(value)} + TypeWords[int(field.type)]);
+        spot.wrong.insert(key);
+    }
+}
+
+QList<JsonSpot> CatalogueReader::Elements(const JsonSpot& parent, const QString& key, Level level)
+{
+    const int most = level == Device ? TAppConfigStruct::MaxDevices : TDeviceRecord::MaxBoards;
+    const QJsonArray list = parent.object.value(key).toArray();
+    const QList<JsonMember> members = JsonMembers(m_text, parent.values.value(key));
+    const auto path = [&](int i) { return Join(parent.path, key) + QString("[%1]").arg(i); };
+    QList<JsonSpot> elements;
+    for (int i = 0; i < std::min(int(list.size()), most); ++i)
+        elements.append(Enter(members.at(i).offset, path(i), list.at(i), level));
+    if (list.size() > most)
+        Add(members.at(most).offset, path(most), "too-many",
+            {Both(QString::number(most)), Both(QString::number(list.size() - most))});
+    return elements;
+}
+
+void CatalogueReader::Report(const JsonSpot& spot, const QString& key, const QString& kind, const QList<Words>& args)
+{
+    if (!spot.wrong.contains(key))
+        Add(spot.values.value(key, spot.offset), Join(spot.path, key), kind, args);
+}
+
+void CatalogueReader::Add(qsizetype offset, const QString& path, const QString& kind, const QList<Words>& args)
+{
+    if (++m_counts[kind] > CatalogueReport::MaxOfKind) {
+        ++m_omitted;
+        return;
+    }
+    Finding finding = CatalogueFinding(kind, args);
+    finding.file = m_file;
+    finding.place = LineAndColumn(m_text, offset) + (path.isEmpty() ? QString() : ": " + path);
+    m_findings.emplace(offset, finding);
+}
