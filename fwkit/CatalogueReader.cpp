@@ -44,7 +44,9 @@ constexpr Field Fields[] = {
 /// Behind the value: the type's name, what the panel reads instead, what to write. In the order of Type.
 const QList<Words> TypeWords[] = {
     {{"text", "текст"}, {"\"\"", "«»"}, {"a text in quotes", "текст в кавычках"}},
-    {{"whole number of 32 bits", "целое число в 32 бита"}, {"0", "0"}, {"a whole number", "целое число без кавычек"}},
+    {{"whole number of 32 bits", "целое число в 32 бита"},
+     {"0", "0"},
+     {"a whole number without quotes", "целое число без кавычек"}},
     {{"flag", "признак"}, {"false", "false"}, {"true or false", "true или false"}},
     {{"list", "список"}, {"an empty list", "пустой список"}, {"a list in [ ]", "список в [ ]"}},
 };
