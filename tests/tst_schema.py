@@ -14,6 +14,7 @@ import jsonschema
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FWKIT, LAY_OUT_DEMO = (pathlib.Path(program).resolve() for program in sys.argv[1:3])
+GOOD = ROOT / "tests/catalogues/good-small.json"
 DOCUMENT = (ROOT / "docs/catalogue.md").read_text()
 SCHEMA = json.loads((ROOT / "docs/updater.schema.json").read_text())
 VALIDATOR = jsonschema.Draft202012Validator(SCHEMA)
@@ -32,6 +33,32 @@ def check(path):
     kinds = {finding["kind"] for finding in json.loads(done.stdout)["findings"]}
     assert done.returncode == bool(kinds), (path, done)
     return kinds
+
+
+class Verb(unittest.TestCase):
+    def test_misuse_is_one_line(self):
+        with tempfile.TemporaryDirectory() as folder:
+            large = pathlib.Path(folder) / "large.json"
+            large.write_bytes(b" " * (4 * 1024 * 1024 + 1))
+            for arguments, named in (([], "updater.json"), (["missing.json"], "missing.json"), ([folder], folder),
+                                     ([large], "large.json"), ([GOOD, "missing.json"], "missing.json")):
+                with self.subTest(named):
+                    done = subprocess.run([FWKIT, "check", *arguments], capture_output=True, text=True)
+                    self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1))
+                    self.assertIn(named, done.stderr)
+
+    def test_full_disk_is_told(self):
+        with open("/dev/full", "w") as full:
+            self.assertEqual(subprocess.run([FWKIT, "check", GOOD], stdout=full, stderr=subprocess.PIPE).returncode, 2)
+
+    def test_all_files_count(self):
+        bad = ROOT / "tests/catalogues/bad-bad-port.json"
+        done = subprocess.run([FWKIT, "check", "--json", bad, GOOD], capture_output=True)
+        told = json.loads(done.stdout)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual([(c["devices"], c["modules"]) for c in told["catalogues"]], [(2, 4), (2, 4)])
+        self.assertEqual([(f["file"], f["line"], f["column"], f["path"]) for f in told["findings"]],
+                         [(str(bad), 10, 86, "Devices[1].Boards[0].Port")])
 
 
 class Schema(unittest.TestCase):
