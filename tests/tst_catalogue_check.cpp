@@ -57,7 +57,8 @@ private slots:
         row("boards no list", "'Boards': [", "'Boards': {}, 'boards': [",
             "wrong-type 4:41: D0.Boards, unknown-key 4:45: D0.boards");
         row("unknown key", "'File'", "'Fyle'", "no-file 7:7: D0.B2.File, unknown-key 7:54: D0.B2.Fyle");
-        row("twice, escaped", "'Port': 502", "'Port': 1, 'Po\\u0072t': 502", "duplicate-key 5:90: D0.B0.Port");
+        row("twice, escaped", "'Port': 502", "'Port': 1, 'Po\\u0072t': 0",
+            "duplicate-key 5:90: D0.B0.Port, bad-port 5:103: D0.B0.Port");
         row("wrong type twice", "'Port': 502", "'Port': '1', 'Port': 502", "duplicate-key 5:92: D0.B0.Port");
         row("no devices", "'Devices'", "'$schema'", "no-devices 1:1: Devices");
         row("no boards", "'Boards': [", "'Boards': [], 'Cards': [",
