@@ -1,6 +1,6 @@
 #include "FirmwareArchive.h"
 
-#include "ZipDirectory.h"
+#include "ZipUnpacker.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,7 +9,8 @@
 
 #include <private/qzipreader_p.h>
 
-#include <new>
+#include <algorithm>
+#include <filesystem>
 
 namespace {
 
@@ -22,14 +23,63 @@ QStringList FoldersAbove(const QString& path)
     return folders;
 }
 
-QSet<QString> AllFolders(const QList<ArchiveEntry>& entries)
+/// The paths of an archive, sorted, so that what lies in a folder stands together: a list of every folder of every
+/// path would cost a hostile archive nothing and the panel its memory.
+class SortedPaths
 {
-    QSet<QString> folders;
-    for (const ArchiveEntry& entry : entries) {
-        for (const QString& folder : FoldersAbove(entry.path))
-            folders.insert(folder);
+public:
+    explicit SortedPaths(const QList<ArchiveEntry>& entries)
+    {
+        for (const ArchiveEntry& entry : entries)
+            m_paths.append(entry.path);
+        std::sort(m_paths.begin(), m_paths.end());
     }
-    return folders;
+    bool HasInside(const QString& folder) const
+    {
+        const QString below = folder + '/';
+        const auto first = std::lower_bound(m_paths.begin(), m_paths.end(), below);
+        return first != m_paths.end() && first->startsWith(below);
+    }
+    bool PassesThroughLink(const QString& root) const
+    {
+        QString previous;
+        for (const QString& path : m_paths) {
+            for (const QString& folder : FoldersAbove(path)) {
+                if (!previous.startsWith(folder + '/') && QFileInfo(root + '/' + folder).isSymLink())
+                    return true;
+            }
+            previous = path;
+        }
+        return false;
+    }
+
+private:
+    QStringList m_paths;
+};
+
+/// Folders deeper than any maker's, and names that no disk of a panel takes.
+bool IsTooLong(const QString& path)
+{
+    constexpr qsizetype LongestPath = 2048;
+    constexpr qsizetype LongestName = 255;
+    constexpr qsizetype DeepestPath = 32;
+    if (path.size() > LongestPath || path.count('/') > DeepestPath)
+        return true;
+    const QList<QByteArray> names = QFile::encodeName(path).split('/');
+    return std::any_of(names.begin(), names.end(), [](const QByteArray& name) { return name.size() > LongestName; });
+}
+
+/// A full temporary disk would stop more than the updater.
+bool FitsOnDisk(const QList<ArchiveEntry>& entries, const QString& folder)
+{
+    qint64 needed = 0;
+    for (const ArchiveEntry& entry : entries) {
+        if (entry.isFile && entry.isCredible)
+            needed += entry.size - QFileInfo(folder + '/' + entry.path).size();
+    }
+    std::error_code error;
+    const auto space = std::filesystem::space(QFile::encodeName(folder).toStdString(), error);
+    return error || needed <= 0 || quint64(needed) <= space.available;
 }
 
 bool LeadsOutside(const QString& path)
@@ -64,30 +114,31 @@ bool MakeRoom(const QString& path)
 
 bool MayBeExtracted(const QList<ArchiveEntry>& entries, const QString& folder)
 {
-    QSet<QString> folders = AllFolders(entries);
+    QSet<QString> folders;
     for (const ArchiveEntry& entry : entries) {
+        if (entry.isLink || LeadsOutside(entry.path) || IsTooLong(entry.path))
+            return false;
         if (!entry.isFile)
             folders.insert(entry.path);
     }
-    for (const QString& inside : folders) {
-        if (QFileInfo(folder + '/' + inside).isSymLink())
-            return false;
-    }
+    const SortedPaths paths(entries);
     for (const ArchiveEntry& entry : entries) {
-        if (entry.isLink || LeadsOutside(entry.path) || (entry.isFile && folders.contains(entry.path)))
+        if (entry.isFile && (folders.contains(entry.path) || paths.HasInside(entry.path)))
             return false;
     }
-    return true;
+    return !paths.PassesThroughLink(folder) && std::none_of(folders.begin(), folders.end(), [&](const QString& inside) {
+        return QFileInfo(folder + '/' + inside).isSymLink();
+    });
 }
 
 FirmwareArchive::FirmwareArchive(const QString& path)
 {
-    QFile file(path);
-    const auto claims = file.open(QIODevice::ReadOnly) ? ReadZipDirectory(file) : std::nullopt;
+    m_file = std::make_unique<QFile>(path);
+    const auto claims = m_file->open(QIODevice::ReadOnly) ? ReadZipDirectory(*m_file) : std::nullopt;
     if (!claims)
         return;
-    m_reader = std::make_unique<QZipReader>(path);
-    const QList<QZipReader::FileInfo> infos = m_reader->fileInfoList();
+    const QZipReader reader(path);
+    const QList<QZipReader::FileInfo> infos = reader.fileInfoList();
     // Where the reader sees other entries than the directory has, neither can be trusted.
     if (infos.size() != claims->size())
         return;
@@ -95,21 +146,21 @@ FirmwareArchive::FirmwareArchive(const QString& path)
         const QZipReader::FileInfo& info = infos[i];
         const ZipClaim& claim = claims->at(i);
         ArchiveEntry entry;
-        entry.stored = QString::fromLocal8Bit(claim.name);
-        entry.path = QDir::cleanPath(entry.stored);
+        entry.claim = claim;
+        entry.path = QDir::cleanPath(QString::fromLocal8Bit(claim.name));
         entry.isFile = info.isFile;
         entry.isLink = info.isSymLink;
         entry.permissions = info.permissions.toInt();
         entry.size = claim.unpackedSize;
-        entry.isCredible = claim.packedSize <= file.size() && claim.unpackedSize <= LargestEntry;
+        entry.isCredible = claim.packedSize <= m_file->size() && claim.unpackedSize <= LargestEntry;
         // Some archivers store "./" for the top folder itself.
         if (!entry.path.isEmpty() && entry.path != ".")
             m_entries.append(entry);
     }
     // An archiver that stores no file modes leaves a folder entry looking like an empty file.
-    const QSet<QString> folders = AllFolders(m_entries);
+    const SortedPaths paths(m_entries);
     for (ArchiveEntry& entry : m_entries) {
-        const bool isFolder = entry.stored.endsWith('/') || folders.contains(entry.path);
+        const bool isFolder = entry.claim.name.endsWith('/') || paths.HasInside(entry.path);
         entry.isFile = entry.isFile && !(entry.size == 0 && isFolder);
     }
 }
@@ -120,7 +171,7 @@ bool FirmwareArchive::ExtractAll(const QString& folder) const
 {
     if (m_entries.isEmpty())
         return true;
-    if (!QDir(folder).exists() || !MayBeExtracted(m_entries, folder))
+    if (!QDir(folder).exists() || !MayBeExtracted(m_entries, folder) || !FitsOnDisk(m_entries, folder))
         return false;
     for (const ArchiveEntry& entry : m_entries) {
         if (!Extract(entry, folder))
@@ -138,26 +189,15 @@ bool FirmwareArchive::Extract(const ArchiveEntry& entry, const QString& folder) 
     if (slash > 0 && !MakeFolder(folder, entry.path.first(slash)))
         return false;
     QFile file(path);
-    if (!MakeRoom(path) || !file.open(QIODevice::WriteOnly))
+    if (!MakeRoom(path) || !file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
-    const QByteArray data = Data(entry);
-    if (file.write(data) != data.size() || !file.flush())
+    const Unpacked result = entry.isCredible ? UnpackZipEntry(*m_file, entry.claim, file) : Unpacked::Damaged;
+    if (result == Unpacked::Unwritable || (result == Unpacked::Damaged && !file.resize(0))) {
+        file.remove();
         return false;
+    }
     // Some file systems know no modes: no reason to fail.
     const auto kept = QFile::Permissions::fromInt(int(entry.permissions));
     file.setPermissions(kept | QFile::ReadOwner | QFile::WriteOwner);
     return true;
-}
-
-QByteArray FirmwareArchive::Data(const ArchiveEntry& entry) const
-{
-    if (!entry.isCredible)
-        return {};
-    try {
-        const QByteArray data = m_reader->fileData(entry.stored);
-        return data.size() == entry.size ? data : QByteArray();
-    } catch (const std::bad_alloc&) {
-        // The data unpacks to more than the directory claims, without end.
-        return {};
-    }
 }

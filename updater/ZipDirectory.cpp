@@ -40,16 +40,26 @@ std::optional<QList<ZipClaim>> ReadZipDirectory(QIODevice& archive)
         return std::nullopt;
     QList<ZipClaim> claims;
     const int count = Field<quint16>(end, 10);
+    qint64 size = 0;
     for (int i = 0; i < count; ++i) {
         const QByteArray entry = archive.read(EntrySize);
         if (entry.size() != EntrySize || !entry.startsWith(EntrySignature))
             return std::nullopt;
         const qint64 nameSize = Field<quint16>(entry, 28);
         const qint64 extraSize = qint64(Field<quint16>(entry, 30)) + Field<quint16>(entry, 32);
+        size += EntrySize + nameSize + extraSize;
+        if (size > LargestZipDirectory)
+            return std::nullopt;
         const QByteArray name = archive.read(nameSize);
         if (name.size() != nameSize || archive.skip(extraSize) != extraSize)
             return std::nullopt;
-        claims.append({name, Field<quint32>(entry, 20), Field<quint32>(entry, 24)});
+        claims.append({.name = name,
+                       .flags = Field<quint16>(entry, 8),
+                       .method = Field<quint16>(entry, 10),
+                       .crc = Field<quint32>(entry, 16),
+                       .packedSize = Field<quint32>(entry, 20),
+                       .unpackedSize = Field<quint32>(entry, 24),
+                       .offset = Field<quint32>(entry, 42)});
     }
     return claims;
 }
