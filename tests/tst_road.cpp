@@ -2,6 +2,7 @@
 
 #include "Actor.h"
 #include "AppState.h"
+#include "BoxReader.h"
 #include "MessageBoxes.h"
 #include "Panel.h"
 #include "Table.h"
@@ -11,29 +12,6 @@
 #include <QTest>
 
 using namespace std::chrono_literals;
-
-namespace {
-
-/// Answers every box with its first button and keeps what was read.
-class BoxReader : public QObject
-{
-public:
-    BoxReader() { startTimer(15); }
-    QStringList texts;
-
-private:
-    void timerEvent(QTimerEvent*) override
-    {
-        QMessageBox* box = Hand::OpenBox();
-        if (!box || box->property("read").toBool())
-            return;
-        texts.append(box->windowTitle() + ": " + box->text());
-        box->setProperty("read", true);
-        Hand::PressNow(box->buttons().first());
-    }
-};
-
-} // namespace
 
 class TestRoad : public QObject
 {

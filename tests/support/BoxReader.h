@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Hand.h"
+
+#include <QAbstractButton>
+#include <QMessageBox>
+
+/// Answers every box with its first button and keeps what was read.
+class BoxReader : public QObject
+{
+public:
+    BoxReader() { startTimer(15); }
+    QStringList texts;
+
+private:
+    void timerEvent(QTimerEvent*) override
+    {
+        QMessageBox* box = Hand::OpenBox();
+        if (!box || box->property("read").toBool())
+            return;
+        texts.append(box->windowTitle() + ": " + box->text());
+        box->setProperty("read", true);
+        Hand::PressNow(box->buttons().first());
+    }
+};

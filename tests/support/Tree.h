@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Stage.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+/// Everything below `folder` but what `leftOut` begins with: "path=content" (":size" when it is long), folders as
+/// "path/", links as "path@".
+inline QStringList Tree(const QString& folder, const QString& leftOut = "\n", const QString& below = {})
+{
+    QStringList tree;
+    const QDir dir(folder + '/' + below);
+    for (const QFileInfo& info :
+         dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name)) {
+        const QString path = below + info.fileName();
+        if (path.startsWith(leftOut))
+            continue;
+        if (info.isSymLink())
+            tree.append(path + '@');
+        else if (info.isDir())
+            tree.append(QStringList(path + '/') + Tree(folder, leftOut, path + '/'));
+        else
+            tree.append(info.size() > 20 ? path + ':' + QString::number(info.size())
+                                         : path + '=' + stage::ReadFile(info.filePath()));
+    }
+    return tree;
+}

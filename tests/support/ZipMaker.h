@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+/// One entry of an archive, also of one that no archiver would make. What is not given comes from the content.
+struct MadeEntry
+{
+    QByteArray name = {}; ///< in any encoding
+    QByteArray content = {};
+    quint32 mode = 0100644; ///< Unix file type and permissions
+    quint16 flags = 0;
+    quint16 method = 8;
+    std::optional<quint32> size = {};      ///< unpacked, as the directory claims
+    std::optional<QByteArray> local = {};  ///< name in the local header, whose sizes are then wrong too
+    std::optional<QByteArray> packed = {}; ///< content as it was packed before
+    std::optional<quint32> offset = {};    ///< of another entry's data, which this one shares
+};
+
+/// The bytes of a zip archive (APPNOTE.TXT, 4.3.6).
+QByteArray MakeZip(const QList<MadeEntry>& entries);
+/// As the method "deflated" packs it.
+QByteArray Deflated(const QByteArray& content);
