@@ -113,7 +113,9 @@ Certificate JudgeCertificate(const QString& path, const QByteArray& digest)
     QFile file(path + ".sha256");
     if (!file.open(QIODevice::ReadOnly))
         return Certificate::Missing;
-    return file.readAll() == digest ? Certificate::Matches : Certificate::Different;
+    // Both may lie on a stick that is pulled: a certificate that cannot be read is not an empty one.
+    const QByteArray certificate = file.readAll();
+    return certificate == digest && file.error() == QFile::NoError ? Certificate::Matches : Certificate::Different;
 }
 
 RowVerdict JudgeRow(const QString& current, const QString& offered)
