@@ -119,6 +119,11 @@ bool TcpModbus::Connect()
         qDebug() << "Allready connected!";
         return true;
     }
+    // The frame has one byte for it: unit 258 would reach unit 2, and an image for the one the other.
+    if (serverAddress < 0 || serverAddress > 255) {
+        qDebug() << "No such unit" << serverAddress;
+        return false;
+    }
     for (int attempt = 0; attempt < ConnectAttempts && !abandoned; ++attempt) {
         client->connectDevice();
         const QDeadlineTimer deadline(g_timeLimits.connectAttempt);
