@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -102,12 +103,15 @@ private slots:
         const QTemporaryDir root;
         stage::WriteFile(root.filePath("src/program"), "new");
         QFile::setPermissions(root.filePath("src/program"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        stage::WriteFile(root.filePath("dst/program"), "old");
-        QFile running(root.filePath("dst/program"));
-        QVERIFY(running.open(QIODevice::ReadOnly));
+        QVERIFY(QDir(root.path()).mkdir("dst") && QFile::copy("/bin/sleep", root.filePath("dst/program")));
+        // The old program goes on running: its bytes are not overwritten.
+        QProcess running;
+        running.start(root.filePath("dst/program"), {"20"});
+        QVERIFY(running.waitForStarted());
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
-        // Whoever has the old file open keeps it whole: its bytes are not overwritten.
-        QCOMPARE(running.readAll(), "old");
+        QVERIFY(!running.waitForFinished(50));
+        running.kill();
+        QVERIFY(running.waitForFinished());
         QCOMPARE(stage::ReadFile(root.filePath("dst/program")), "new");
         QVERIFY(QFileInfo(root.filePath("dst/program")).isExecutable());
         QCOMPARE(QDir(root.filePath("dst")).entryList(QDir::Files | QDir::Hidden), QStringList{"program"});
@@ -125,8 +129,36 @@ private slots:
         QCOMPARE(stage::ReadFile(root.filePath("src/backup/a/f")), "1");
         QCOMPARE(QDir(root.filePath("src/backup")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  QStringList{"a"});
+        // A link from the source into an earlier copy would grow with what is copied through it.
+        QVERIFY(QFile::link(root.filePath("src/backup/a"), root.filePath("src/a/into")));
+        QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("src/backup")));
+        QCOMPARE(QDir(root.filePath("src/backup/a")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList{"f"});
         QVERIFY(Util::CopyPath(root.filePath("src/a"), root.filePath("src/a")));
         QCOMPARE(stage::ReadFile(root.filePath("src/a/f")), "1");
+    }
+
+    void CopyOfLinkedFolders()
+    {
+        const QTemporaryDir root;
+        stage::WriteFile(root.filePath("outside/plugins-1/p"), "1");
+        stage::WriteFile(root.filePath("src/lib-1/f"), "1");
+        QVERIFY(QFile::link(root.filePath("outside/plugins-1"), root.filePath("outside/plugins")));
+        QVERIFY(QFile::link(root.filePath("outside"), root.filePath("src/lib-1/more")));
+        for (const char* name : {"src/lib", "src/lib-too"})
+            QVERIFY(QFile::link("lib-1", root.filePath(name)));
+        // Each links to all others: eight have a hundred thousand ways through them.
+        const int count = 8;
+        for (int i = 0; i < count * count; ++i) {
+            const QString from = root.filePath(QString("src/n%1").arg(i / count));
+            stage::WriteFile(from + "/f", "1");
+            QVERIFY(QFile::link(QString("../n%1").arg(i % count), from + QString("/to%1").arg(i % count)));
+        }
+        QVERIFY(QDir(root.path()).mkdir("dst"));
+        QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
+        for (const char* path : {"lib-1/f", "lib/f", "lib-too/f", "lib/more/plugins-1/p", "lib-too/more/plugins/p",
+                                 "n3/f", "n3/to4/f", "n7/to0/to1/f"})
+            QCOMPARE(stage::ReadFile(root.filePath(QString("dst/") + path)), "1");
     }
 };
 

@@ -5,8 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 
-/// Everything below `folder` but what `leftOut` begins with: "path=content" (":size" when it is long), folders as
-/// "path/", links as "path@".
+/// Everything below `folder` but what `leftOut` begins with: "path=content" (":size" when it is long; "*" behind the
+/// path of a file that may be run), folders as "path/", links as "path@".
 inline QStringList Tree(const QString& folder, const QString& leftOut = "\n", const QString& below = {})
 {
     QStringList tree;
@@ -21,8 +21,9 @@ inline QStringList Tree(const QString& folder, const QString& leftOut = "\n", co
         else if (info.isDir())
             tree.append(QStringList(path + '/') + Tree(folder, leftOut, path + '/'));
         else
-            tree.append(info.size() > 20 ? path + ':' + QString::number(info.size())
-                                         : path + '=' + stage::ReadFile(info.filePath()));
+            tree.append(
+                path + (info.permission(QFile::ExeOwner) ? "*" : "")
+                + (info.size() > 20 ? ':' + QByteArray::number(info.size()) : '=' + stage::ReadFile(info.filePath())));
     }
     return tree;
 }

@@ -33,12 +33,13 @@ QByteArray MakeZip(const QList<MadeEntry>& entries)
     QByteArray zip;
     QByteArray directory;
     for (const MadeEntry& entry : entries) {
-        const QByteArray packed = entry.packed.value_or(entry.method == 8 ? Deflated(entry.content) : entry.content);
-        const QByteArray local = entry.local.value_or(entry.name);
+        const QByteArray natural = entry.method == 8 ? Deflated(entry.content) : entry.content;
+        const QByteArray packed = entry.packed.isNull() ? natural : entry.packed;
+        const QByteArray local = entry.local.isNull() ? entry.name : entry.local;
         const auto crc =
             quint32(crc32(0, reinterpret_cast<const Bytef*>(entry.content.constData()), uInt(entry.content.size())));
         const quint32 size = entry.size.value_or(quint32(entry.content.size()));
-        const quint32 lie = entry.local ? 7 : 0;
+        const quint32 lie = entry.local.isNull() ? 0 : 7;
         directory += Record("PK\1\2", quint16(OnUnix | Version), Version, entry.flags, entry.method, 0U, crc,
                             quint32(packed.size()), size, quint16(entry.name.size()), quint16(0), quint16(0),
                             quint16(0), quint16(0), entry.mode << 16, entry.offset.value_or(quint32(zip.size())))

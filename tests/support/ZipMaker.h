@@ -13,10 +13,10 @@ struct MadeEntry
     quint32 mode = 0100644; ///< Unix file type and permissions
     quint16 flags = 0;
     quint16 method = 8;
-    std::optional<quint32> size = {};      ///< unpacked, as the directory claims
-    std::optional<QByteArray> local = {};  ///< name in the local header, whose sizes are then wrong too
-    std::optional<QByteArray> packed = {}; ///< content as it was packed before
-    std::optional<quint32> offset = {};    ///< of another entry's data, which this one shares
+    std::optional<quint32> size = {};   ///< unpacked, as the directory claims
+    QByteArray local = {};              ///< name in the local header, whose sizes are then wrong too
+    QByteArray packed = {};             ///< content as it was packed before
+    std::optional<quint32> offset = {}; ///< of another entry's data, which this one shares
 };
 
 /// The bytes of a zip archive (APPNOTE.TXT, 4.3.6).
