@@ -280,9 +280,9 @@ void TestGallery::NoArchive()
     nothing("bit flipped in a name's length", Changed(zip, directory + 28, "\x31"));
     nothing("more entries announced than there are", Changed(zip, end + 10, "\3"));
     nothing("zip64 end record", Changed(zip, end + 8, QByteArray(12, char(0xff))));
-    Entries large;
-    for (int i = 0; i < 130; ++i)
-        large.append({QByteArray(65535, char('0' + i % 10)), "", 0100644, 0, 0, {}, {}, {}, 0});
+    Entries large{{.name = "first"}};
+    while (large.size() < 130)
+        large.append({.name = QByteArray(65535, 'n'), .offset = 0});
     nothing("directory of more than 8 MiB", MakeZip(large));
 }
 
