@@ -244,11 +244,12 @@ void ArchiveFindings::AboutUnused(const QString& entry, const QList<DeviceWalk>&
 Finding Refused(const QString& name, const ArchiveEntry& culprit, bool isOutside)
 {
     const Words why = culprit.isLink ? Words{"is a link", "это ссылка"}
-                      : isOutside    ? Words{"leads out of the folder", "ведёт за пределы папки"}
+                      : isOutside    ? Words{"leads out of the folder, or is too long or too deep for it",
+                                          "ведёт за пределы папки либо слишком длинный или глубокий"}
                                   : Words{"is to be a file and a folder at once", "должен быть и файлом, и папкой"};
     return {"refused",
             name,
-            culprit.stored,
+            QString::fromLocal8Bit(culprit.claim.name),
             {"The panel refuses the whole archive because this entry " + why.en
                  + ": the waiting message stays on the screen for ever",
              "Панель отвергает весь архив, так как этот элемент " + why.ru
