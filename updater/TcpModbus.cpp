@@ -119,11 +119,6 @@ bool TcpModbus::Connect()
         qDebug() << "Allready connected!";
         return true;
     }
-    // The frame has one byte for it: unit 258 would reach unit 2, and an image for the one the other.
-    if (serverAddress < 0 || serverAddress > 255) {
-        qDebug() << "No such unit" << serverAddress;
-        return false;
-    }
     for (int attempt = 0; attempt < ConnectAttempts && !abandoned; ++attempt) {
         client->connectDevice();
         const QDeadlineTimer deadline(g_timeLimits.connectAttempt);
@@ -160,6 +155,14 @@ TcpModbus::WaitEnd TcpModbus::Wait(const QModbusReply& reply) const
     return WaitEnd::AnsweredOrLate;
 }
 
+std::unique_ptr<QModbusReply> TcpModbus::Send(const QModbusRequest& request)
+{
+    // The frame has one byte for it: unit 258 would reach unit 2, and an image for the one the other.
+    if (serverAddress < 0 || serverAddress > 255)
+        return nullptr;
+    return std::unique_ptr<QModbusReply>(client->sendRawRequest(request, serverAddress));
+}
+
 bool TcpModbus::StrCommand(const QString& command, QString& reply)
 {
     const QModbusRequest request = TextRequest(command);
@@ -168,7 +171,7 @@ bool TcpModbus::StrCommand(const QString& command, QString& reply)
         return false;
     }
     qDebug().noquote().nospace() << "StrCommand: " << command;
-    const std::unique_ptr<QModbusReply> answer(client->sendRawRequest(request, serverAddress));
+    const std::unique_ptr<QModbusReply> answer = Send(request);
     if (!answer || Wait(*answer) == WaitEnd::Stopped)
         return false;
     if (answer->isFinished())
@@ -190,7 +193,7 @@ bool TcpModbus::BinCommand(quint16 command, quint16 p1, quint16 p2, QByteArray p
         qDebug() << "Invalid Modbus request.";
         return false;
     }
-    const std::unique_ptr<QModbusReply> answer(client->sendRawRequest(request, serverAddress));
+    const std::unique_ptr<QModbusReply> answer = Send(request);
     if (!answer || Wait(*answer) == WaitEnd::Stopped)
         return false;
     if (Succeeded(*answer)) {

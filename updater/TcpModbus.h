@@ -6,8 +6,11 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
 class ModbusClient;
 class QModbusReply;
+class QModbusRequest;
 
 /// One connection to one board, for one step of the work. Every call sends, then processes the program's
 /// events until the answer is there, a limit of g_timeLimits has passed, or g_stopRequested is set; so any
@@ -48,6 +51,8 @@ signals:
     void onWriteBlock(int index);
 
 private:
+    /// Nothing when it cannot be sent.
+    std::unique_ptr<QModbusReply> Send(const QModbusRequest& request);
     enum class WaitEnd { AnsweredOrLate, Stopped };
     WaitEnd Wait(const QModbusReply& reply) const;
     void AbortConnection();
