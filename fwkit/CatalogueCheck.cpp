@@ -57,8 +57,7 @@ void CheckAddress(CatalogueReader& reader, const Module& module)
     if (!module.spot.values.contains("MBAddr"))
         reader.Report(module.spot, "MBAddr", "no-number");
     else if (board.MBAddr != quint8(board.MBAddr))
-        reader.Report(module.spot, "MBAddr", "bad-unit",
-                      {Both(QString::number(board.MBAddr)), Both(QString::number(quint8(board.MBAddr)))});
+        reader.Report(module.spot, "MBAddr", "bad-unit", {Both(QString::number(board.MBAddr))});
 }
 
 void CheckProcessor(CatalogueReader& reader, const Module& module)
