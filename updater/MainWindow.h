@@ -69,7 +69,8 @@ public:
 
     // MainWindowArchive.cpp: firmware from outside
     bool SelectFile(QString& path, const QString& title, const QString& filter, bool inFirmwareFolder);
-    /// The caller closes it, which deletes it.
+    /// The caller closes it, which deletes it. Null when the main window was closed meanwhile; that may also delete it
+    /// later.
     QWidget* ShowWaitPopup(const QString& text);
     bool CheckCertificate(const QString& path, DigestCache& digests);
     QString VersionFromFileName(const QString& folder, const QString& name, bool isProgram);

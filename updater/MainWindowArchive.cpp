@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QSysInfo>
 #include <QUrl>
@@ -35,7 +36,9 @@ void MainWindow::Archive()
     // Closed meanwhile: a window shown now would keep the program from ending.
     if (g_stopRequested)
         return;
-    QWidget* popup = ShowWaitPopup("Идет анализ архива. Пожалуйста подождите...");
+    const QPointer<QWidget> popup(ShowWaitPopup("Идет анализ архива. Пожалуйста подождите..."));
+    if (!popup)
+        return;
     const FirmwareArchive archive(path);
     const QString folder = ExtractionFolder();
     // An archive with "firmware" in its path is not given a folder: what it needs is taken to be there.
@@ -48,7 +51,8 @@ void MainWindow::Archive()
     UpdateUpdateButton();
     // What was pressed during the analysis was pressed on a window that is blocked: it must not take effect now.
     QCoreApplication::processEvents();
-    popup->close();
+    if (popup)
+        popup->close();
 }
 
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
@@ -165,10 +169,13 @@ QWidget* MainWindow::ShowWaitPopup(const QString& text)
     popup->setStyleSheet("QWidget {  background-color: palette(window);  border: 3px solid palette(mid);}"
                          "QLabel {  border: none;  padding: 10px;}");
     popup->show();
+    // When the main window is closed now, the program's end closes the pop-up too, which deletes it.
+    const QPointer<QWidget> shown(popup);
+    const auto isOpen = [&] { return shown && shown->isVisible(); };
     QCoreApplication::processEvents();
     // The window system may need a moment; without it the panel would show a blank patch during the analysis.
     const QDeadlineTimer deadline(g_timeLimits.popupExposure);
-    while (!popup->windowHandle()->isExposed() && !deadline.hasExpired())
+    while (isOpen() && !shown->windowHandle()->isExposed() && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    return popup;
+    return isOpen() ? popup : nullptr;
 }
