@@ -4,7 +4,7 @@
 //   update         takes new.zip, tells on standard output which modules are offered, and updates them
 //   take           takes new.zip, tells the new versions of all modules on stdout, and closes the window; a box is not
 //                  answered
-//   close-search, close-reading, close-update   closes the window in the middle of that work
+//   close-search, close-reading, close-dialog, close-update, close-box   closes the window in the middle of that
 
 #include "Hand.h"
 
@@ -23,6 +23,8 @@
 using namespace std::chrono_literals;
 
 namespace {
+
+constexpr char Question[] = "Все модули успешно обновлены!\nПрибор необходимо перезагрузить";
 
 QString Text(const QString& objectName)
 {
@@ -143,10 +145,9 @@ private:
         });
         See("a written module restarts", "restart",
             [] { return Text("label_Update").endsWith("Ожидание перезагрузки..."); });
-        const QString question = "Все модули успешно обновлены!\nПрибор необходимо перезагрузить";
         See("every module is updated", "question",
-            [=] { return ModalIsShown() && OpenBox() && OpenBox()->text() == question; });
-        AnswerBox(question, "Да");
+            [] { return ModalIsShown() && OpenBox() && OpenBox()->text() == Question; });
+        AnswerBox(Question, "Да");
         See("the versions read back are the new ones", "updated", [] {
             return Cell(0, 1) == "1.5" && Cell(1, 1) == "2.1" && Cell(2, 1) == "1.2" && Cell(4, 1) == "2.0"
                    && Cell(3, 1) == "1.0" && !OpenDialog();
@@ -202,15 +203,20 @@ private:
         if (task == "close-reading")
             Step(
                 "reading", [] { return Text("label_Update") == "Считываю версии модулей..."; }, close);
-        if (task != "close-update")
+        if (task == "close-search" || task == "close-reading")
             return;
         Step("versions", [] { return !Cell(0, 1).isEmpty() && Text("label_Update").isEmpty(); });
         Press("buttonArchive");
+        if (task == "close-dialog")
+            return Step("dialog", ModalIsShown, close);
         ChooseFile("Открыть архив с прошивками", "new.zip");
         Press("buttonUpdate");
+        const bool inTheBox = task == "close-box";
         Step(
-            "update", [] { return Text("label_Update").endsWith(". Обновление..."); }, close);
-        AnswerBox("Произошла ошибка обновления!", "OK");
+            "update",
+            [=] { return inTheBox ? ModalIsShown() && OpenBox() : Text("label_Update").endsWith(". Обновление..."); },
+            close);
+        AnswerBox(inTheBox ? Question : "Произошла ошибка обновления!", inTheBox ? "Нет" : "OK");
     }
 
     /// The search and the wait pop-up last a few milliseconds: they are caught as they appear.
