@@ -100,7 +100,7 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     connection.last = request;
     connection.units.insert(request.unit);
     const std::optional<Fault::Kind> fault = connection.fault;
-    emit Requested(m_plan->RequestCount());
+    emit Requested(m_plan->RequestCount(), request.pdu.at(0) == char(Frame::BinaryFunction));
     const auto unit = m_units.find(request.unit);
     if (unit == m_units.end()) {
         const quint8 function = quint8(request.pdu.at(0));

@@ -31,7 +31,7 @@ public:
 
 signals:
     void Event(const QString& line);
-    void Requested(int number);
+    void Requested(int number, bool isBinary);
 
 private:
     struct Connection

@@ -55,8 +55,8 @@ public:
 signals:
     /// One line without a time stamp, beginning with "ip:port ".
     void Event(const QString& line);
-    /// A request has come and is about to be dealt with.
-    void Requested(int number);
+    /// A request has come and is about to be dealt with; the binary ones write images.
+    void Requested(int number, bool isBinary);
 
 private:
     struct Module

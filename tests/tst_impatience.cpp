@@ -1,4 +1,5 @@
-// What an impatient hand or a bad board makes of the road: every end is told truly, and nothing is left behind.
+// What a bad board or an exchanged instrument makes of the road: every end is told truly, and nothing is left behind.
+// What an impatient hand makes of it, sweep_hand.cpp tells.
 
 #include "Actor.h"
 #include "Panel.h"
@@ -9,8 +10,6 @@
 #include <QFileInfo>
 #include <QPushButton>
 #include <QTest>
-
-#include <thread>
 
 using namespace std::chrono_literals;
 
@@ -54,48 +53,6 @@ private slots:
         QCOMPARE(QFileInfo::exists(Panel::Path("update.old")), box == Success);
     }
 
-    void Stop_data()
-    {
-        const Table<int, bool> row("presses", "isLast"); // presses 1: in the transfer; 2: in the sleep behind it
-        row("in the transfer", 1, false);
-        row("twice in the blocking sleep", 2, false);
-        row("twice in the last module's sleep", 2, true);
-    }
-    void Stop()
-    {
-        QFETCH(int, presses);
-        QFETCH(bool, isLast);
-        Actor first;
-        Actor second;
-        Panel panel;
-        QList<TBoardRecord> boards{first.Record("a", 1, 0), second.Record("b", 2, 1)};
-        panel.Open({stage::Device("П", 7, boards.first(isLast ? 1 : 2))});
-        const auto press = [&] { Hand::PressNow(panel.window->findChild<QPushButton*>("buttonUpdate")); };
-        std::jthread inTheSleep;
-        first.fault = [&](const Call& c) {
-            if (presses == 1 && c.actor.blocks == 1)
-                press();
-            // From another thread: this one will be in the blocking sleep behind the finish command.
-            if (presses == 2 && c.word == 0xA003)
-                inTheSleep = std::jthread([=] {
-                    std::this_thread::sleep_for(100ms);
-                    press(), press();
-                });
-            return false;
-        };
-        g_timeLimits.restartPause = 400ms;
-        panel.TakeArchive(BothImages().first(isLast ? 2 : 4));
-        panel.hand.Press("buttonUpdate");
-        panel.hand.AnswerBox(Failure, "OK");
-        QVERIFY2(panel.hand.Run(30s), qPrintable(panel.hand.Failure));
-        QTest::qWait(100);
-        QCOMPARE(panel.Controls(), "idle");
-        QCOMPARE(second.blocks, 0);
-        QCOMPARE(isLast ? QString() : panel.Status(1), "");
-        QVERIFY(first.blocks < 3 || presses == 2);
-        QVERIFY(!QFileInfo::exists(Panel::Path("update.old")));
-    }
-
     void MarksStayWithTheirDevice()
     {
         Actor board;
@@ -130,19 +87,14 @@ private slots:
         QVERIFY(onlyCloseInSearch);
     }
 
-    void PressedInTheMiddleOfReading_data()
+    void SearchInTheMiddleOfReading_data()
     {
-        const Table<QString, QString, QString> row("type", "device",
-                                                   "versions"); // type: the main board's after the press
-        row("search that selects a device with fewer modules", "DEV2", "Прибор Р  № 55", "1.0");
-        row("search that finds nothing", "NOBODY", "Прибор не найден!", "1.0 1.0 1.0");
-        row("archive", "DEV", "Прибор П  № 55", "1.0 ??? 1.0");
-        // Never a version of before the run behind the run.
-        row("update", "DEV", "Прибор П  № 55", "2.0 2.0 2.0");
+        const Table<QString, QString, QString> row("type", "device", "versions"); // type: the main board's by then
+        row("selects a device with fewer modules", "DEV2", "Прибор Р  № 55", "1.0");
+        row("finds nothing", "NOBODY", "Прибор не найден!", "1.0 1.0 1.0");
     }
-    void PressedInTheMiddleOfReading()
+    void SearchInTheMiddleOfReading()
     {
-        const QString press = QTest::currentDataTag();
         QFETCH(QString, type);
         Actor main;
         Actor slow;
@@ -152,25 +104,15 @@ private slots:
         const QList<TBoardRecord> boards{main.Record("a", 1, 0), slow.Record("b", 2, 1), main.Record("c", 3, 0)};
         panel.Open({stage::Device("П", 7, boards), stage::Device("Р", 8, {other})});
         g_timeLimits.reply = 3s;
-        if (press == "update")
-            panel.TakeArchive(BothImages());
-        // The second module keeps its version back until the hand has pressed; behind an archive it stays silent.
+        // The second module keeps its version back until the hand has pressed.
         bool silent = false;
         bool reading = false;
         slow.fault = [&](const Call& c) { return reading = silent && c.Asks("VER ?;"); };
         panel.hand.Do([&] { silent = true; });
         panel.hand.Press("button_DeviceType");
         panel.hand.Step("in the middle", [&] { return reading; });
-        panel.hand.Do([&] {
-            main.type = type.toLatin1();
-            silent = press == "archive";
-        });
-        if (press == "archive")
-            panel.TakeArchive(BothImages());
-        else
-            panel.hand.Press(press == "update" ? "buttonUpdate" : "button_DeviceType");
-        if (press == "update")
-            panel.hand.AnswerBox(Success, "Нет");
+        panel.hand.Do([&] { main.type = type.toLatin1(), silent = false; });
+        panel.hand.Press("button_DeviceType");
         panel.hand.Step("all is idle", [&] {
             return panel.Controls() == "idle" && panel.Text("label_Update").isEmpty()
                    && panel.Text("button_DeviceType") != "Поиск прибора...";

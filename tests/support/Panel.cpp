@@ -44,10 +44,10 @@ Panel::~Panel()
     QFile::remove(Path("updater.json"));
 }
 
-Instrument* Panel::Play(const TDeviceRecord& device)
+Instrument* Panel::Play(const TDeviceRecord& device, std::chrono::milliseconds restart)
 {
     m_instruments.push_back(std::make_unique<Instrument>(
-        device, Instrument::Options{.serial = "777", .restart = 100ms, .imageFolder = {}}));
+        device, Instrument::Options{.serial = "777", .restart = restart, .imageFolder = {}}));
     QString error;
     if (!m_instruments.back()->Start(&error))
         qFatal("%s", qPrintable(error));

@@ -19,7 +19,7 @@ public:
     ~Panel();
 
     /// Switches an instrument on. It stays on as long as the panel.
-    Instrument* Play(const TDeviceRecord& device);
+    Instrument* Play(const TDeviceRecord& device, std::chrono::milliseconds restart = std::chrono::milliseconds(100));
     /// Writes the catalogue and shows the window; the hand's first step waits for the versions.
     void Open(const QList<TDeviceRecord>& devices);
 
