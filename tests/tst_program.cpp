@@ -48,7 +48,7 @@ class TestProgram : public QObject
     /// Waits while the boards of this process go on answering; true once `done`. What is not done then is killed.
     static bool Wait(QProcess& process, const std::function<bool()>& done)
     {
-        for (const QDeadlineTimer deadline(20000); !deadline.hasExpired();) {
+        for (const QDeadlineTimer deadline(60000); !deadline.hasExpired();) {
             QCoreApplication::processEvents();
             if (done())
                 return true;
@@ -131,7 +131,10 @@ private slots:
         QFETCH(QByteArray, silentOn);
         QFETCH(int, size);
         int blocks = 0;
+        // Counts from the last request on: a busy machine takes its time to start a program.
+        QElapsedTimer timer;
         FakeBoard board([&](QTcpSocket& socket, const QByteArray& request) {
+            timer.start();
             if (request.at(7) == 0x48) {
                 ++blocks;
                 socket.write(FakeBoard::Answer(request, 0x48, QByteArray("\2\0", 2) + request.mid(10, 2)));
@@ -145,8 +148,6 @@ private slots:
             {stage::Device("D", 7, {stage::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0)})});
         Pack(folder, {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", size)}});
         QProcess process;
-        QElapsedTimer timer;
-        timer.start();
         Start(process, folder, QTest::currentDataTag());
         QVERIFY(Ended(process));
         const QByteArray log = process.readAllStandardError();
