@@ -63,9 +63,11 @@ bool IsTooLong(const QString& path)
     constexpr qsizetype LongestPath = 2048;
     constexpr qsizetype LongestName = 255;
     constexpr qsizetype DeepestPath = 32;
-    if (path.size() > LongestPath || path.count('/') > DeepestPath)
+    // A disk counts bytes.
+    const QByteArray native = QFile::encodeName(path);
+    if (native.size() > LongestPath || native.count('/') > DeepestPath)
         return true;
-    const QList<QByteArray> names = QFile::encodeName(path).split('/');
+    const QList<QByteArray> names = native.split('/');
     return std::any_of(names.begin(), names.end(), [](const QByteArray& name) { return name.size() > LongestName; });
 }
 
