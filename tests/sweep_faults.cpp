@@ -102,8 +102,12 @@ private slots:
     void Cell_data()
     {
         const Table<QString, QString, QString> row("fault", "first", "second");
+        // The sanitizers take a few times as long: there only each n-th cell is run.
+        const int stride = std::max(1, qEnvironmentVariableIntValue("SWEEP_STRIDE"));
+        int cell = 0;
         const auto add = [&](const QString& fault, const QString& first, const QString& second) {
-            row(qPrintable(fault), fault, first, second);
+            if (cell++ % stride == 0)
+                row(qPrintable(fault), fault, first, second);
         };
         for (const QStringList& cells : ExpectationRows()) {
             const QStringList first = cells[2].split(' ', Qt::SkipEmptyParts);
