@@ -17,6 +17,25 @@ namespace {
 
 constexpr auto RepeatedPress = std::chrono::seconds(1);
 
+QFileDialog* OpenFileDialog(const QString& title)
+{
+    auto* open = qobject_cast<QFileDialog*>(Hand::OpenDialog());
+    return open && open->windowTitle() == title ? open : nullptr;
+}
+
+/// The entry in the list of the dialog with this title; invalid as long as it is not there.
+QModelIndex Listed(const QString& title, const QString& name)
+{
+    const QFileDialog* dialog = OpenFileDialog(title);
+    const auto* list = dialog ? dialog->findChild<QListView*>("listView") : nullptr;
+    for (int row = 0; list && row < list->model()->rowCount(list->rootIndex()); ++row) {
+        const QModelIndex index = list->model()->index(row, 0, list->rootIndex());
+        if (index.data().toString() == name)
+            return index;
+    }
+    return {};
+}
+
 } // namespace
 
 Hand::Hand()
@@ -58,21 +77,27 @@ void Hand::AnswerBox(const QString& text, const QString& buttonText)
     Step(BoxIsGone, [=] { return !button(); });
 }
 
-void Hand::ChooseFile(const QString& title, const QString& fileName)
+void Hand::EnterFolder(const QString& title, const QString& name)
 {
-    const auto dialog = [=]() -> QFileDialog* {
-        auto* open = qobject_cast<QFileDialog*>(OpenDialog());
-        return open && open->windowTitle() == title ? open : nullptr;
-    };
-    const auto listed = [=]() -> QModelIndex {
-        const auto* list = dialog() ? dialog()->findChild<QListView*>("listView") : nullptr;
-        for (int row = 0; list && row < list->model()->rowCount(list->rootIndex()); ++row) {
-            const QModelIndex index = list->model()->index(row, 0, list->rootIndex());
-            if (index.data().toString() == fileName)
-                return index;
+    const auto again = std::make_shared<QDeadlineTimer>();
+    Step("enter " + name, [=] {
+        const QFileDialog* dialog = OpenFileDialog(title);
+        const bool inside = dialog && dialog->directory().dirName() == name;
+        const QModelIndex entry = Listed(title, name);
+        if (!inside && entry.isValid() && again->hasExpired()) {
+            auto* list = dialog->findChild<QListView*>("listView");
+            for (int press = 0; press < 2; ++press)
+                PressNow(list->viewport(), list->visualRect(entry).center());
+            *again = QDeadlineTimer(RepeatedPress);
         }
-        return {};
-    };
+        return inside;
+    });
+}
+
+void Hand::ChooseFile(const QString& title, const QString& fileName, Action picked)
+{
+    const auto dialog = [=] { return OpenFileDialog(title); };
+    const auto listed = [=] { return Listed(title, fileName); };
     const auto again = std::make_shared<QDeadlineTimer>();
     const auto press = [=] {
         auto* list = dialog()->findChild<QListView*>("listView");
@@ -98,7 +123,11 @@ void Hand::ChooseFile(const QString& title, const QString& fileName)
                 press();
             return accept() != nullptr;
         },
-        [=] { PressNow(accept()); });
+        [=] {
+            if (picked)
+                picked();
+            PressNow(accept());
+        });
     Step("the dialog is gone", [=] { return !dialog(); });
 }
 

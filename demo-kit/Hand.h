@@ -39,7 +39,10 @@ public:
     /// Waits for the box with this text and presses its button with that text.
     void AnswerBox(const QString& text, const QString& buttonText);
     /// Picks the file in the dialog with this title, as a finger would, and presses "Открыть".
-    void ChooseFile(const QString& title, const QString& fileName);
+    /// `picked` happens between the two.
+    void ChooseFile(const QString& title, const QString& fileName, Action picked = {});
+    /// Opens the folder in the dialog with this title by pressing it twice.
+    void EnterFolder(const QString& title, const QString& name);
 
     /// Does the steps from the running event loop; Finished tells the end.
     void Start(std::chrono::milliseconds stepLimit);

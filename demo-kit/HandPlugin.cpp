@@ -4,9 +4,11 @@
 //   update         takes new.zip, tells on standard output which modules are offered, and updates them
 //   take           takes new.zip, tells the new versions of all modules on stdout, and closes the window; a box is not
 //                  answered
+//   script         the lines of the file UPDATER_HAND_SCRIPT (see Script.h); needs UPDATER_HAND_SHOTS
 //   close-search, close-reading, close-dialog, close-update, close-box   closes the window in the middle of that
 
 #include "Hand.h"
+#include "Script.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -69,6 +71,8 @@ public:
         const QString task = qEnvironmentVariable("UPDATER_HAND");
         if (task == "road")
             WorkTheRoad();
+        else if (task == "script")
+            FollowTheScript();
         else if (task == "update")
             UpdateWhatIsOffered();
         else if (task == "take")
@@ -96,12 +100,24 @@ private:
         std::_Exit(4);
     }
 
-    void Shot(const QString& name)
+    void Shot(const QString& name) { Save(QString("%1-%2").arg(++m_shots, 2, 10, QChar('0')).arg(name)); }
+
+    /// A shot of what the window shows now, also where it has not been painted yet.
+    void Picture(const QString& name)
+    {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window->isVisible())
+                window->repaint();
+        }
+        Save(name);
+    }
+
+    void Save(const QString& name)
     {
         const QString folder = qEnvironmentVariable("UPDATER_HAND_SHOTS");
         if (folder.isEmpty())
             return;
-        const QString file = QString("%1/%2-%3.png").arg(folder).arg(++m_shots, 2, 10, QChar('0')).arg(name);
+        const QString file = QString("%1/%2.png").arg(folder, name);
         if (!QGuiApplication::primaryScreen()->grabWindow(0).save(file)) {
             std::fprintf(stderr, "hand: cannot write %s\n", qPrintable(file));
             std::_Exit(4);
@@ -112,11 +128,7 @@ private:
     {
         std::printf("  %s\n", qPrintable(what));
         std::fflush(stdout);
-        for (QWidget* window : QApplication::topLevelWidgets()) {
-            if (window->isVisible())
-                window->repaint();
-        }
-        Shot(shot);
+        Picture(QString("%1-%2").arg(++m_shots, 2, 10, QChar('0')).arg(shot));
     }
 
     void See(const QString& what, const QString& shot, Condition when)
@@ -136,7 +148,7 @@ private:
         ChooseFile("Открыть архив с прошивками", "demo-200.zip");
         See("the archive is taken: new versions, marked modules", "archive", [] {
             return Cell(0, 2) == "1.5" && Cell(1, 2) == "2.1" && Cell(2, 2) == "1.2" && Cell(4, 2) == "2.0"
-                   && !OpenDialog();
+                   && IsReachable(Find("tableWidget"));
         });
         Press("buttonUpdate");
         See("an image is being written", "writing", [] {
@@ -153,6 +165,16 @@ private:
                    && Cell(3, 1) == "1.0" && !OpenDialog();
         });
         Press("buttonClose");
+    }
+
+    void FollowTheScript()
+    {
+        const QString file = qEnvironmentVariable("UPDATER_HAND_SCRIPT");
+        const QString mistake = AddScript(*this, file, [this](const QString& name) { Picture(name); });
+        if (mistake.isEmpty())
+            return;
+        std::fprintf(stderr, "hand: %s: %s\n", qPrintable(file), qPrintable(mistake));
+        std::_Exit(4);
     }
 
     void UpdateWhatIsOffered()
