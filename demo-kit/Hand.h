@@ -67,6 +67,11 @@ signals:
     void Done(const QString& step);
     void Finished(bool all);
 
+protected:
+    /// While stopped, no step is done and no limit counts down.
+    void Stop() { m_timer.stop(); }
+    void GoOn() { Start(m_limit); }
+
 private:
     void Look();
 

@@ -6,14 +6,17 @@
 //                  answered
 //   script         the lines of the file UPDATER_HAND_SCRIPT (see Script.h); needs UPDATER_HAND_SHOTS
 //   close-search, close-reading, close-dialog, close-update, close-box   closes the window in the middle of that
+// Where the toolkit cannot read the screen, UPDATER_HAND_CAMERA names a program that writes it into a given file.
 
 #include "Hand.h"
 #include "Script.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QEventLoop>
 #include <QGenericPlugin>
 #include <QMessageBox>
+#include <QProcess>
 #include <QProgressBar>
 #include <QScreen>
 #include <QTableWidget>
@@ -118,10 +121,26 @@ private:
         if (folder.isEmpty())
             return;
         const QString file = QString("%1/%2.png").arg(folder, name);
-        if (!QGuiApplication::primaryScreen()->grabWindow(0).save(file)) {
+        const QString camera = qEnvironmentVariable("UPDATER_HAND_CAMERA");
+        if (camera.isEmpty() ? !QGuiApplication::primaryScreen()->grabWindow(0).save(file)
+                             : !Photograph(camera, file)) {
             std::fprintf(stderr, "hand: cannot write %s\n", qPrintable(file));
             std::_Exit(4);
         }
+    }
+
+    /// Lets the window system go on meanwhile: it may have yet to show what was painted.
+    bool Photograph(const QString& camera, const QString& file)
+    {
+        QProcess process;
+        QEventLoop loop;
+        connect(&process, &QProcess::finished, &loop, &QEventLoop::quit);
+        connect(&process, &QProcess::errorOccurred, &loop, &QEventLoop::quit);
+        Stop();
+        process.start(camera, {file});
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        GoOn();
+        return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
     }
 
     void Tell(const QString& what, const QString& shot)
