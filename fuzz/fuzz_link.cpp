@@ -19,7 +19,7 @@ QList<QByteArray> Answers(const QByteArray& sent)
 {
     QList<QByteArray> answers;
     for (qsizetype at = 0; sent.size() - at >= 8;) {
-        const qsizetype end = at + 6 + quint8(sent[at + 4]) * 256 + quint8(sent[at + 5]);
+        const qsizetype end = at + 6 + qsizetype(quint8(sent[at + 4])) * 256 + quint8(sent[at + 5]);
         if (end <= sent.size() && sent.mid(at, 2) == QByteArray(2, '\0') && (sent[at + 7] & 0x80) == 0)
             answers.append(sent.mid(at + 7));
         at = end;
