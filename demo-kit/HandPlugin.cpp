@@ -6,6 +6,7 @@
 //                  answered
 //   script         the lines of the file UPDATER_HAND_SCRIPT (see Script.h); needs UPDATER_HAND_SHOTS
 //   close-search, close-reading, close-dialog, close-update, close-box   closes the window in the middle of that
+// UPDATER_HAND_PATIENCE: how many seconds to wait for one step, where programs are slow.
 // Where the toolkit cannot read the screen, UPDATER_HAND_CAMERA names a program that writes it into a given file.
 
 #include "Hand.h"
@@ -90,7 +91,8 @@ public:
             std::_Exit(4);
         });
         connect(qApp, &QCoreApplication::aboutToQuit, this, &Operator::CheckTheEnd);
-        Start(task.startsWith("close-") ? 12s : 60s);
+        const std::chrono::seconds patience(qEnvironmentVariableIntValue("UPDATER_HAND_PATIENCE"));
+        Start(patience > 0s ? patience : task.startsWith("close-") ? 12s : 60s);
     }
 
 private:
