@@ -57,8 +57,6 @@ public:
         stage::WriteFile(Panel::Path("viewer.ver"), "1.0");
         for (const auto& [name, content] : Images("3.0"))
             stage::WriteFile(Panel::Path("firmware/" + name), content);
-        const stage::Files program{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}};
-        stage::WriteZip(Panel::Path("new.zip"), Images("2.0") + stage::WithCertificates(program));
         const QString ip = "127.0.0.1";
         m_instrument = m_panel.Play(
             stage::Device("П", 7,
@@ -69,6 +67,8 @@ public:
                 [this](const QString& line) { m_connections += line.contains("connected from"); });
         connect(m_instrument, &Instrument::Requested, this, [this](int, bool isBinary) { m_writes += isBinary; });
         m_panel.Open({m_instrument->Device()});
+        Panel::PackArchive(Images("2.0")
+                           + stage::Files{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}});
         m_table = m_panel.window->findChild<QTableWidget*>();
         // Behind the program's own slot: when this press began a run, that run is over.
         connect(m_panel.window->findChild<QPushButton*>("buttonUpdate"), &QPushButton::clicked, this, [this] {

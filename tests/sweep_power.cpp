@@ -1,9 +1,9 @@
 // The panel loses power at every request of an update: the program starts again, finds the instrument, offers what is
 // not done, and a second run completes.
 
+#include "Fwkit.h"
 #include "Instrument.h"
 #include "RunGuard.h"
-#include "Stage.h"
 #include "Table.h"
 
 #include <QProcess>
@@ -59,7 +59,10 @@ private slots:
         const QTemporaryDir folder;
         QVERIFY(QFile::copy(UPDATER_PROGRAM, folder.filePath("updater")));
         stage::WriteCatalogue(folder.filePath("updater.json"), {instrument.Device()});
-        stage::WriteZip(folder.filePath("new.zip"), files);
+        WriteFiles(folder, {{"new/" + files[0].first, files[0].second}, {"new/" + files[2].first, files[2].second}});
+        const Outcome packed =
+            Run(folder, {"pack", "--catalogue", "@/updater.json", "--device", "7", "--output", "@/new.zip", "@/new"});
+        QVERIFY2(packed.status == 0, qPrintable(packed.err));
 
         QProcess first;
         connect(&instrument, &Instrument::Requested, &first, [&](int number) {

@@ -140,7 +140,7 @@ void Panel::WaitForVersions()
     });
 }
 
-void Panel::TakeArchive(const stage::Files& files)
+void Panel::PackArchive(const stage::Files& files)
 {
     const QTemporaryDir folder;
     for (const auto& [name, content] : files)
@@ -150,6 +150,11 @@ void Panel::TakeArchive(const stage::Files& files)
     const PackResult packed = Pack({selection.devices, {folder.path()}, Path("new.zip")}, progress);
     if (!packed.findings.isEmpty())
         qFatal("%s", qPrintable(LineOf(packed.findings.first())));
+}
+
+void Panel::TakeArchive(const stage::Files& files)
+{
+    PackArchive(files);
     ChooseArchive();
 }
 

@@ -34,6 +34,8 @@ public:
     /// "idle" when the controls are as they must be while nothing runs, otherwise what is wrong.
     QString Controls() const;
     QString Text(const QString& name) const;
+    /// Makes new.zip of `files` with the maker's tool, for the catalogue that is there.
+    static void PackArchive(const stage::Files& files);
     /// What the stand-in for sudo was asked, one line each.
     static QStringList SudoLog();
 
