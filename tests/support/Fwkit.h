@@ -23,6 +23,10 @@ inline Outcome Run(const QTemporaryDir& folder, QStringList arguments, int limit
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("LC_ALL", locale);
     environment.insert("TMPDIR", folder.path());
+    // A coverage build's counters: cut off by a limit they would spoil those of every later run.
+    const QTemporaryDir counters;
+    environment.insert("GCOV_PREFIX", counters.path());
+    environment.insert("GCOV_ERROR_FILE", "/dev/null");
     process.setProcessEnvironment(environment);
     arguments.replaceInStrings("@", folder.path());
     const QString limited =
