@@ -121,6 +121,12 @@ void MainWindow::SetCellText(int row, int column, const QString& text)
         item->setText(text);
 }
 
+QIcon MainWindow::Icon(const QString& path)
+{
+    const auto known = m_icons.constFind(path);
+    return known != m_icons.cend() ? *known : *m_icons.insert(path, QIcon(path));
+}
+
 QPushButton* MainWindow::GetButton(int row, int column) const
 {
     const QWidget* cell = ui.tableWidget->cellWidget(row, column);
@@ -180,7 +186,7 @@ void MainWindow::SetBusy(bool on)
 
 void MainWindow::SetRowStatus(int row, RowStatus status)
 {
-    auto* item = new QTableWidgetItem(QIcon(IconPath(status)), Board(row).Name);
+    auto* item = new QTableWidgetItem(Icon(IconPath(status)), Board(row).Name);
     item->setData(Qt::UserRole, int(status));
     ui.tableWidget->setItem(row, ColumnName, item);
     QCoreApplication::processEvents();

@@ -4,6 +4,8 @@
 #include "FirmwareFiles.h"
 #include "ui_MainWindow.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QMainWindow>
 
 #include <array>
@@ -92,6 +94,8 @@ private:
     QString CellText(int row, int column) const;
     void SetCellText(int row, int column, const QString& text);
     void SetUpTable();
+    /// A compiled-in icon, unpacked once: ten rows would hold thirty copies of the same pixels.
+    QIcon Icon(const QString& path);
     /// Ends the waits of work that this work starts in the middle of, and frees its connections.
     void AbandonLinks();
 
@@ -124,6 +128,7 @@ private:
     void ShowResult(bool allSucceeded);
 
     Ui::MainWindowClass ui;
+    QHash<QString, QIcon> m_icons;
     /// Counters of started work; work that finds its number outdated after a wait gives up.
     int m_searches = 0;
     int m_fillings = 0;

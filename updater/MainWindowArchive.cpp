@@ -81,7 +81,7 @@ void MainWindow::TakeFile(int row, const QString& version, const QString& path, 
 void MainWindow::RowButtonClicked(QPushButton* button, int row, ButtonKind kind)
 {
     if (kind == ButtonKind::Mark) {
-        button->setIcon(button->isChecked() ? QIcon() : QIcon(":/icons/onebit_34_ok.png"));
+        button->setIcon(button->isChecked() ? QIcon() : Icon(":/icons/onebit_34_ok.png"));
         UpdateUpdateButton();
         return;
     }

@@ -56,7 +56,7 @@ void MainWindow::SettleMark(int row)
     CheckRow(row);
     if (keeps && marked != IsRowMarked(row)) {
         GetButton(row, ColumnMark)->setChecked(!marked);
-        GetButton(row, ColumnMark)->setIcon(marked ? QIcon(":/icons/onebit_34_ok.png") : QIcon());
+        GetButton(row, ColumnMark)->setIcon(marked ? Icon(":/icons/onebit_34_ok.png") : QIcon());
     }
 }
 
@@ -90,10 +90,9 @@ void MainWindow::BuildRow(int row)
     for (const int column : {ColumnCurrent, ColumnNew})
         table->item(row, column)->setTextAlignment(Qt::AlignCenter);
     if (!table->cellWidget(row, ColumnFile))
-        table->setCellWidget(row, ColumnFile,
-                             MakeRowButton(row, ButtonKind::File, QIcon(":/icons/onebit_13_open.png")));
+        table->setCellWidget(row, ColumnFile, MakeRowButton(row, ButtonKind::File, Icon(":/icons/onebit_13_open.png")));
     if (!table->cellWidget(row, ColumnMark))
-        table->setCellWidget(row, ColumnMark, MakeRowButton(row, ButtonKind::Mark, QIcon(":/icons/onebit_34_ok.png")));
+        table->setCellWidget(row, ColumnMark, MakeRowButton(row, ButtonKind::Mark, Icon(":/icons/onebit_34_ok.png")));
 }
 
 bool MainWindow::ReadVersion(int row, bool compare)
@@ -148,7 +147,7 @@ void MainWindow::CheckRow(int row)
     if (QPushButton* mark = GetButton(row, ColumnMark)) {
         mark->setEnabled(verdict.valid && !g_busy);
         mark->setChecked(verdict.upToDate);
-        mark->setIcon(verdict.upToDate ? QIcon() : QIcon(":/icons/onebit_34_ok.png"));
+        mark->setIcon(verdict.upToDate ? QIcon() : Icon(":/icons/onebit_34_ok.png"));
     }
     if (QPushButton* file = GetButton(row, ColumnFile))
         file->setEnabled(verdict.takesFile && !g_busy);
