@@ -11,9 +11,12 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <chrono>
+
 namespace {
 
 constexpr char ProgramVersion[] = "1.38";
+constexpr std::chrono::milliseconds BarPause{100};
 
 constexpr char HeaderStyle[] =
     "QHeaderView { height: 40px; border-top: 1px solid #ecedef; border-bottom: 1px solid #b1b1b5; }"
@@ -54,6 +57,10 @@ MainWindow::MainWindow(QWidget* parent)
 
     SetUpTable();
     ui.progressBar->reset();
+    m_barPause.setInterval(BarPause);
+    m_barPause.setSingleShot(true);
+    // Also when no further block comes.
+    connect(&m_barPause, &QTimer::timeout, this, [this] { ui.progressBar->setUpdatesEnabled(true); });
     ui.label_Update->setText(QString());
     // Both belong to a run; an empty bar says nothing to the operator.
     ui.progressBar->hide();
@@ -206,7 +213,11 @@ void MainWindow::AbandonLinks()
 
 void MainWindow::onWriteBlock(int index)
 {
+    // The bar paints itself at each value that moves it, and a board takes blocks faster than anybody can see.
+    ui.progressBar->setUpdatesEnabled(!m_barPause.isActive());
     ui.progressBar->setValue(index);
+    if (!m_barPause.isActive())
+        m_barPause.start();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
