@@ -4,6 +4,7 @@
 #include "Stage.h"
 #include "Table.h"
 #include "TimeLimits.h"
+#include "Tree.h"
 #include "Util.h"
 
 #include <QDir>
@@ -96,6 +97,59 @@ private slots:
         QVERIFY(QDir(root.path()).mkpath("dst/f"));
         QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("nowhere")));
+    }
+
+    void CopyKeepsWhatCameBeforeAFailure_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("readable");
+        QTest::newRow("a folder stands in the way") << 1 << true;
+        QTest::newRow("a file cannot be read") << 1 << false;
+        // More than are held back to be brought to the disk together.
+        QTest::newRow("large files") << (20 << 20) << true;
+    }
+    void CopyKeepsWhatCameBeforeAFailure()
+    {
+        QFETCH(int, size);
+        QFETCH(bool, readable);
+        const QTemporaryDir root;
+        for (const char* name : {"src/a/1", "src/a/2", "src/other"})
+            stage::WriteFile(root.filePath(name), QByteArray(size, 'x'));
+        QVERIFY(QFile::link(readable ? "other" : "/proc/self/mem", root.filePath("src/f")));
+        QVERIFY(QDir(root.path()).mkpath(readable ? "dst/f" : "dst"));
+        QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("dst")));
+        for (const char* name : {"dst/a/1", "dst/a/2"})
+            QCOMPARE(stage::ReadFile(root.filePath(name)), QByteArray(size, 'x'));
+        QVERIFY(Tree(root.filePath("dst")).filter("updater-copy").isEmpty());
+    }
+
+    void CopyIntoAFolderWithTwoNames()
+    {
+        const QTemporaryDir root;
+        for (const char* name : {"src/a/f", "src/b/g", "dst/a/.updater-copy.aZ09bY"})
+            stage::WriteFile(root.filePath(name), "1");
+        QVERIFY(QFile::link("a", root.filePath("dst/b")));
+        QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
+        QCOMPARE(Tree(root.filePath("dst")), (QStringList{"a/", "a/f=1", "a/g=1", "b@"}));
+    }
+
+    void CopyIsLoggedAsOneOperation()
+    {
+        static QStringList lines;
+        lines.clear();
+        const QTemporaryDir root;
+        for (const char* name : {"src/a/b/f", "src/f"})
+            stage::WriteFile(root.filePath(name), "1");
+        QVERIFY(QDir(root.path()).mkdir("dst"));
+        const auto previous =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext& context, const QString& text) {
+                lines.append(QString(context.function) + ": " + text);
+            });
+        const bool copied = Util::CopyPath(root.filePath("src"), root.filePath("dst"));
+        qInstallMessageHandler(previous);
+        QVERIFY(copied);
+        QCOMPARE(lines.join('\n').remove(root.path()).remove("static bool Util::CopyPath(QString, QString): "),
+                 "mkpath /dst/a ok\nmkpath /dst/a/b ok\ncopy /src/a/b/f to /dst/a/b/f ok\ncopy /src/f to /dst/f ok");
     }
 
     void CopyReplacesInOneStep()
