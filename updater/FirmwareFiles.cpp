@@ -82,7 +82,7 @@ FileDigest ReadDigest(const QString& path)
 {
     constexpr qint64 ChunkSize = 8192;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return {};
     QCryptographicHash hash(QCryptographicHash::Sha256);
     QByteArray chunk(ChunkSize, Qt::Uninitialized);
