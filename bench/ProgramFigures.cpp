@@ -1,0 +1,137 @@
+#include "BoardProcess.h"
+#include "Figure.h"
+#include "Watched.h"
+
+#include "Stage.h"
+
+#include <QFile>
+
+#include <memory>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int64_t MiB = 1024 * 1024;
+
+/// The real program in a folder of its own, with a catalogue of `modules` modules, all behind `board`.
+QString LayOut(const BoardProcess& board, int modules)
+{
+    const QDir folder = EmptyFolder("program");
+    QList<TBoardRecord> boards;
+    for (int unit = 1; unit <= modules; ++unit)
+        boards.append(stage::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", board.Port(), unit, 0));
+    stage::WriteCatalogue(folder.filePath("updater.json"), {stage::Device("Прибор", 1, boards)});
+    const QString program = folder.filePath("updater");
+    if (!QFile::copy(UPDATER_PROGRAM, program))
+        throw Unmeasurable{program + " cannot be written"};
+    return program;
+}
+
+/// New firmware for each of the first `modules` modules.
+void LayOutArchive(const QString& program, int modules, int64_t size)
+{
+    stage::Files files;
+    for (int unit = 1; unit <= modules; ++unit)
+        files.append({QString("fw_1_%1_0_v2.0.bin").arg(unit), stage::Image("2.0", int(size))});
+    stage::WriteZip(QFileInfo(program).path() + "/bench.zip", stage::WithCertificates(files));
+}
+
+/// With one word in it the window that is otherwise empty.
+const QStringList AWord{"Слово"};
+
+double TimeToPaint(const QString& program, const QStringList& arguments = {})
+{
+    Watched watched(program, "paint", arguments);
+    const double painted = watched.Await("painted").toDouble();
+    watched.Finish();
+    return painted - watched.Started();
+}
+
+Pair StartUp(int64_t modules)
+{
+    const auto board = std::make_shared<BoardProcess>(0us);
+    const QString program = LayOut(*board, int(modules));
+    const Pair turns =
+        Turns([=, keep = board] { return TimeToPaint(program); }, [] { return TimeToPaint(EMPTY_PROGRAM); });
+    return [=] {
+        Reading reading = turns();
+        reading["floor with a word"] = TimeToPaint(EMPTY_PROGRAM, AWord);
+        return reading;
+    };
+}
+
+Watched::Memory IdleMemory(const QString& program, const QStringList& arguments = {})
+{
+    Watched watched(program, "idle", arguments);
+    watched.Await("idle");
+    return watched.Uses();
+}
+
+Pair Memory(int64_t modules)
+{
+    const auto board = std::make_shared<BoardProcess>(0us);
+    const QString program = LayOut(*board, int(modules));
+    return [=, keep = board] {
+        const Watched::Memory ours = IdleMemory(program);
+        const Watched::Memory floor = IdleMemory(EMPTY_PROGRAM);
+        return Reading{{"ours", ours.resident},
+                       {"floor", floor.resident},
+                       {"floor with a word", IdleMemory(EMPTY_PROGRAM, AWord).resident},
+                       {"own in ours", ours.own},
+                       {"own in floor", floor.own}};
+    };
+}
+
+/// A board that was updated once is up to date: each of these needs a new one.
+Reading MemoryWhileWriting(int64_t size)
+{
+    const BoardProcess board(0us);
+    const QString program = LayOut(board, 10);
+    LayOutArchive(program, 1, size);
+    Watched watched(program, "write");
+    watched.Await("idle");
+    const double idle = watched.Uses().resident;
+    watched.GoOn();
+    watched.Await("taken");
+    const double taken = watched.Uses().resident;
+    watched.ForgetPeak();
+    watched.GoOn();
+    watched.Await("writing");
+    const double peak = watched.Peak();
+    watched.GoOn();
+    watched.Finish();
+    return {{"ours", peak}, {"floor", taken + double(size)}, {"idle before the archive", idle}};
+}
+
+/// The floor is what cannot be less: the pauses that each written module gets to restart, and the board's own time.
+Reading WholeUpdate(int64_t modules)
+{
+    constexpr double RestartPause = 2;
+    BoardProcess board(1ms, 1s);
+    const QString program = LayOut(board, int(modules));
+    LayOutArchive(program, int(modules), 64 * 1024);
+    Watched watched(program, "update");
+    watched.Await("taken");
+    board.TakeWork();
+    watched.GoOn();
+    const double seconds = watched.Await("updated").toDouble();
+    watched.Finish();
+    if (stage::ReadFile(watched.Log()).contains("WaitReboot 1"))
+        throw Unmeasurable{"bench-board took longer to restart than the pause for it"};
+    const BoardProcess::Work work = board.TakeWork();
+    return {{"ours", seconds},
+            {"floor", double(modules) * RestartPause + work.seconds},
+            {"requests", double(work.requests)}};
+}
+
+} // namespace
+
+void AddProgramFigures()
+{
+    AddFigure("start", {10}, StartUp);
+    AddFigure("memory, idle", {10}, Memory);
+    AddFigure("memory, writing", {16 * MiB}, [](int64_t size) { return [=] { return MemoryWhileWriting(size); }; });
+    AddFigure("whole update, 1 ms per block", {4},
+              [](int64_t modules) { return [=] { return WholeUpdate(modules); }; });
+}

@@ -1,0 +1,160 @@
+#include "BareClient.h"
+#include "BoardProcess.h"
+#include "Figure.h"
+
+#include "MainWindow.h"
+#include "Stage.h"
+#include "TcpModbus.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QProgressBar>
+#include <QWindow>
+
+#include <memory>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr quint32 BlockLimit = 244;
+constexpr int64_t KiB = 1024;
+constexpr int64_t MiB = 1024 * KiB;
+
+double Blocks(const QByteArray& image)
+{
+    const qsizetype blocks = (image.size() + BlockLimit - 5) / (BlockLimit - 4);
+    return double(blocks);
+}
+
+/// What both sides of a pair write to: one board, one image.
+struct Target
+{
+    Target(std::chrono::microseconds blockTime, int64_t size)
+        : board(blockTime)
+        , image(stage::Image("2.0", int(size)))
+        , crc(TcpModbus::Crc16(0xFFFF, image))
+    {}
+
+    BoardProcess board;
+    QByteArray image;
+    quint16 crc;
+    std::map<std::string, double> served; ///< how long the board had requests in its hands
+};
+
+double WriteAsProgram(Target& target, const std::string& side, MainWindow* window = nullptr)
+{
+    target.board.TakeWork();
+    TcpModbus link(nullptr, "127.0.0.1", target.board.Port(), 1);
+    if (!link.Connect())
+        throw Unmeasurable{"bench-board cannot be reached"};
+    if (window != nullptr)
+        QObject::connect(&link, &TcpModbus::onWriteBlock, window, &MainWindow::onWriteBlock);
+    const double seconds =
+        Seconds("the program's transfer", [&] { return link.WriteFirmware(target.image, 0, BlockLimit); });
+    target.served[side] = target.board.TakeWork().seconds;
+    return seconds;
+}
+
+double WriteBare(Target& target, BareClient::Waiting waiting, const std::string& side)
+{
+    target.board.TakeWork();
+    BareClient client(target.board.Port(), waiting);
+    const double seconds = Seconds("the bare transfer", [&] { return client.WriteImage(target.image, target.crc); });
+    target.served[side] = target.board.TakeWork().seconds;
+    return seconds;
+}
+
+Pair WithBoardsShare(const std::shared_ptr<Target>& target, const Pair& turns)
+{
+    return [=] {
+        Reading reading = turns();
+        reading["blocks"] = Blocks(target->image);
+        for (const auto& [side, seconds] : target->served)
+            reading["board in " + side] = seconds;
+        return reading;
+    };
+}
+
+Pair AgainstBareSocket(std::chrono::microseconds blockTime, int64_t size)
+{
+    const auto target = std::make_shared<Target>(blockTime, size);
+    const auto bare = [=] { return WriteBare(*target, BareClient::Waiting::Asleep, "floor"); };
+    const Pair turns = Turns([=] { return WriteAsProgram(*target, "ours"); }, bare);
+    return WithBoardsShare(target, [=] {
+        Reading reading = turns();
+        reading["spinning floor"] = WriteBare(*target, BareClient::Waiting::Spinning, "spinning floor");
+        return reading;
+    });
+}
+
+/// The program's window with a full table, found through the board.
+class Window
+{
+public:
+    explicit Window(const BoardProcess& board)
+    {
+        QList<TBoardRecord> boards;
+        for (int unit = 1; unit <= 10; ++unit)
+            boards.append(stage::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", board.Port(), unit, 0));
+        stage::WriteCatalogue(QCoreApplication::applicationDirPath() + "/updater.json",
+                              {stage::Device("Прибор", 1, boards)});
+        window = std::make_unique<MainWindow>(nullptr);
+        window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint);
+        Show(true);
+        window->FindMainBoard();
+        if (!window->GetButton(9, MainWindow::ColumnMark))
+            throw Unmeasurable{"the window did not find bench-board"};
+    }
+
+    /// Shown, the progress bar begins anew.
+    void Show(bool on)
+    {
+        window->setVisible(on);
+        const QDeadlineTimer settled(200ms);
+        while (!settled.hasExpired())
+            QCoreApplication::processEvents();
+        if (on && !(window->windowHandle() && window->windowHandle()->isExposed()))
+            throw Unmeasurable{"the window does not reach the screen"};
+    }
+    void StartBar(int maximum)
+    {
+        auto* bar = window->findChild<QProgressBar*>("progressBar");
+        bar->reset();
+        bar->setMaximum(maximum);
+        bar->show();
+        QCoreApplication::processEvents();
+    }
+
+    std::unique_ptr<MainWindow> window;
+};
+
+Pair WithAndWithoutWindow(std::chrono::microseconds blockTime, int64_t size)
+{
+    const auto target = std::make_shared<Target>(blockTime, size);
+    const auto window = std::make_shared<Window>(target->board);
+    const auto shown = [=] {
+        window->Show(true);
+        window->StartBar(int(size));
+        return WriteAsProgram(*target, "ours", window->window.get());
+    };
+    const auto hidden = [=] {
+        window->Show(false);
+        return WriteAsProgram(*target, "floor");
+    };
+    return WithBoardsShare(target, Turns(shown, hidden));
+}
+
+} // namespace
+
+void AddTransferFigures()
+{
+    AddFigure("transfer", {64 * KiB, 256 * KiB, MiB, 4 * MiB, 16 * MiB},
+              [](int64_t size) { return AgainstBareSocket(0us, size); });
+    AddFigure("transfer, 1 ms per block", {64 * KiB}, [](int64_t size) { return AgainstBareSocket(1ms, size); });
+    AddFigure("transfer, 5 ms per block", {64 * KiB}, [](int64_t size) { return AgainstBareSocket(5ms, size); });
+    AddFigure("transfer, window shown", {64 * KiB, MiB, 16 * MiB},
+              [](int64_t size) { return WithAndWithoutWindow(0us, size); });
+    AddFigure("transfer, 1 ms per block, window shown", {64 * KiB},
+              [](int64_t size) { return WithAndWithoutWindow(1ms, size); });
+}

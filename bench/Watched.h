@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QProcess>
+
+/// A program on the screen with the plugin "watch" in it. All of it throws Unmeasurable.
+class Watched
+{
+public:
+    /// `task` is what the plugin waits for.
+    Watched(const QString& program, const QString& task, const QStringList& arguments = {});
+    ~Watched();
+    Q_DISABLE_COPY_MOVE(Watched)
+
+    /// Waits for the line that begins with `word` and returns what follows.
+    QString Await(const QString& word);
+    /// Lets it go on after a line.
+    void GoOn() { m_process.write("\n"); }
+    /// When it was started, on the clock of Now().
+    double Started() const { return m_started; }
+    /// Waits for its end.
+    void Finish();
+
+    struct Memory
+    {
+        double resident = 0; ///< bytes, shared libraries included
+        double own = 0;      ///< bytes that no other process shares
+    };
+    Memory Uses() const;
+    /// The largest resident size since the last call of ForgetPeak, in bytes.
+    double Peak() const;
+    void ForgetPeak();
+    const QString& Log() const { return m_log; }
+
+private:
+    QByteArray Proc(const QString& file) const;
+
+    QProcess m_process;
+    QString m_log;
+    double m_started = 0;
+};
