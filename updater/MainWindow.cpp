@@ -60,7 +60,7 @@ MainWindow::MainWindow(QWidget* parent)
     m_barPause.setInterval(BarPause);
     m_barPause.setSingleShot(true);
     // Also when no further block comes.
-    connect(&m_barPause, &QTimer::timeout, this, [this] { ui.progressBar->setUpdatesEnabled(true); });
+    connect(&m_barPause, &QTimer::timeout, ui.progressBar, qOverload<>(&QWidget::update));
     ui.label_Update->setText(QString());
     // Both belong to a run; an empty bar says nothing to the operator.
     ui.progressBar->hide();
@@ -213,10 +213,14 @@ void MainWindow::AbandonLinks()
 
 void MainWindow::onWriteBlock(int index)
 {
-    // The bar paints itself at each value that moves it, and a board takes blocks faster than anybody can see.
-    ui.progressBar->setUpdatesEnabled(!m_barPause.isActive());
+    // The bar paints itself at each value that moves it, and a board takes blocks faster than anybody can see. Not by
+    // setUpdatesEnabled: that asks for a picture when it is switched on, and while it is off a window that is painted
+    // for another reason has a hole in the bar's place.
+    const bool isPaused = m_barPause.isActive();
+    ui.progressBar->setAttribute(Qt::WA_UpdatesDisabled, isPaused);
     ui.progressBar->setValue(index);
-    if (!m_barPause.isActive())
+    ui.progressBar->setAttribute(Qt::WA_UpdatesDisabled, false);
+    if (!isPaused)
         m_barPause.start();
 }
 

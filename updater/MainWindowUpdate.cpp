@@ -205,7 +205,7 @@ bool MainWindow::WriteImage(int row, const TBoardRecord& board, TcpModbus& link,
     // After a stop not even the first block is sent: a board with half an image does not start again.
     const bool written = !g_stopRequested && link.WriteFirmware(image, board.IdCPU, BlockLimit);
     // onWriteBlock may have left the last blocks unpainted.
-    ui.progressBar->setUpdatesEnabled(true);
+    ui.progressBar->update();
     return written;
 }
 
