@@ -8,11 +8,13 @@
 
 #include <algorithm>
 
+#include <libdeflate.h>
 #include <zlib.h>
 
 namespace {
 
-constexpr qint64 ChunkSize = 64 << 10;
+/// zlib copies its window of 32 KiB at the end of each chunk: the larger, the fewer.
+constexpr qint64 ChunkSize = 256 << 10;
 constexpr quint16 EncryptedFlag = 1;
 constexpr quint16 Stored = 0;
 
@@ -30,7 +32,7 @@ public:
         m_size += size;
         if (m_size > m_claim.unpackedSize)
             return false;
-        m_crc = crc32(m_crc, reinterpret_cast<const Bytef*>(chunk.constData()), uInt(size));
+        m_crc = libdeflate_crc32(m_crc, chunk.constData(), size_t(size));
         m_refused = m_target.write(chunk.constData(), size) != size;
         return !m_refused;
     }
@@ -45,7 +47,7 @@ private:
     QIODevice& m_target;
     const ZipClaim& m_claim;
     qint64 m_size = 0;
-    uLong m_crc = crc32(0, nullptr, 0);
+    quint32 m_crc = libdeflate_crc32(0, nullptr, 0);
     bool m_refused = false;
 };
 
