@@ -42,14 +42,15 @@ struct Target
     std::map<std::string, double> served; ///< how long the board had requests in its hands
 };
 
-double WriteAsProgram(Target& target, const std::string& side, MainWindow* window = nullptr)
+/// `watch` connects to the link what shall follow the transfer.
+double WriteAsProgram(Target& target, const std::string& side, const std::function<void(TcpModbus&)>& watch = {})
 {
     target.board.TakeWork();
     TcpModbus link(nullptr, "127.0.0.1", target.board.Port(), 1);
     if (!link.Connect())
         throw Unmeasurable{"bench-board cannot be reached"};
-    if (window != nullptr)
-        QObject::connect(&link, &TcpModbus::onWriteBlock, window, &MainWindow::onWriteBlock);
+    if (watch)
+        watch(link);
     const double seconds =
         Seconds("the program's transfer", [&] { return link.WriteFirmware(target.image, 0, BlockLimit); });
     target.served[side] = target.board.TakeWork().seconds;
@@ -88,6 +89,27 @@ Pair AgainstBareSocket(std::chrono::microseconds blockTime, int64_t size)
     });
 }
 
+void LetSettle()
+{
+    const QDeadlineTimer settled(200ms);
+    while (!settled.hasExpired())
+        QCoreApplication::processEvents();
+}
+
+void RequireOnScreen(const QWidget& window)
+{
+    if (!(window.windowHandle() && window.windowHandle()->isExposed()))
+        throw Unmeasurable{"the window does not reach the screen"};
+}
+
+void StartBar(QProgressBar& bar, int maximum)
+{
+    bar.reset();
+    bar.setMaximum(maximum);
+    bar.show();
+    QCoreApplication::processEvents();
+}
+
 /// The program's window with a full table, found through the board.
 class Window
 {
@@ -107,27 +129,34 @@ public:
             throw Unmeasurable{"the window did not find bench-board"};
     }
 
-    /// Shown, the progress bar begins anew.
     void Show(bool on)
     {
         window->setVisible(on);
-        const QDeadlineTimer settled(200ms);
-        while (!settled.hasExpired())
-            QCoreApplication::processEvents();
-        if (on && !(window->windowHandle() && window->windowHandle()->isExposed()))
-            throw Unmeasurable{"the window does not reach the screen"};
+        LetSettle();
+        if (on)
+            RequireOnScreen(*window);
     }
-    void StartBar(int maximum)
-    {
-        auto* bar = window->findChild<QProgressBar*>("progressBar");
-        bar->reset();
-        bar->setMaximum(maximum);
-        bar->show();
-        QCoreApplication::processEvents();
-    }
+    QProgressBar& Bar() const { return *window->findChild<QProgressBar*>("progressBar"); }
 
     std::unique_ptr<MainWindow> window;
 };
+
+/// The least that shows how far the image is: the toolkit's bar alone in a window, told each block by the link.
+double WriteWithBareBar(Target& target)
+{
+    QWidget window(nullptr, Qt::FramelessWindowHint);
+    window.resize(1024, 600);
+    QProgressBar bar(&window);
+    bar.setGeometry(10, 300, 1004, 30);
+    bar.setTextVisible(false);
+    window.show();
+    LetSettle();
+    RequireOnScreen(window);
+    StartBar(bar, int(target.image.size()));
+    return WriteAsProgram(target, "bare bar", [&](TcpModbus& link) {
+        QObject::connect(&link, &TcpModbus::onWriteBlock, &bar, &QProgressBar::setValue);
+    });
+}
 
 Pair WithAndWithoutWindow(std::chrono::microseconds blockTime, int64_t size)
 {
@@ -135,14 +164,22 @@ Pair WithAndWithoutWindow(std::chrono::microseconds blockTime, int64_t size)
     const auto window = std::make_shared<Window>(target->board);
     const auto shown = [=] {
         window->Show(true);
-        window->StartBar(int(size));
-        return WriteAsProgram(*target, "ours", window->window.get());
+        StartBar(window->Bar(), int(size));
+        return WriteAsProgram(*target, "ours", [=](TcpModbus& link) {
+            QObject::connect(&link, &TcpModbus::onWriteBlock, window->window.get(), &MainWindow::onWriteBlock);
+        });
     };
     const auto hidden = [=] {
         window->Show(false);
         return WriteAsProgram(*target, "floor");
     };
-    return WithBoardsShare(target, Turns(shown, hidden));
+    const Pair turns = Turns(shown, hidden);
+    return WithBoardsShare(target, [=] {
+        Reading reading = turns();
+        window->Show(false);
+        reading["bare bar"] = WriteWithBareBar(*target);
+        return reading;
+    });
 }
 
 } // namespace
