@@ -5,6 +5,7 @@
 #include "MainWindow.h"
 #include "Stage.h"
 #include "TcpModbus.h"
+#include "TextlessBar.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -141,20 +142,19 @@ public:
     std::unique_ptr<MainWindow> window;
 };
 
-/// The least that shows how far the image is: the toolkit's bar alone in a window, told each block by the link.
+/// The program's bar alone in a window, told each block by the link. It paints itself whenever it moves.
 double WriteWithBareBar(Target& target)
 {
     QWidget window(nullptr, Qt::FramelessWindowHint);
     window.resize(1024, 600);
-    QProgressBar bar(&window);
+    TextlessBar bar(&window);
     bar.setGeometry(10, 300, 1004, 30);
-    bar.setTextVisible(false);
     window.show();
     LetSettle();
     RequireOnScreen(window);
     StartBar(bar, int(target.image.size()));
     return WriteAsProgram(target, "bare bar", [&](TcpModbus& link) {
-        QObject::connect(&link, &TcpModbus::onWriteBlock, &bar, &QProgressBar::setValue);
+        QObject::connect(&link, &TcpModbus::onWriteBlock, &bar, &TextlessBar::setValue);
     });
 }
 
