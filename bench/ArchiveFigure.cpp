@@ -15,15 +15,6 @@
 namespace {
 
 constexpr int Modules = 10;
-constexpr int64_t MiB = 1024 * 1024;
-
-TDeviceRecord Device(int rows)
-{
-    QList<TBoardRecord> boards;
-    for (int unit = 1; unit <= rows; ++unit)
-        boards.append(stage::Board("Модуль", "BENCH", "127.0.0.1", 502, unit, 0));
-    return stage::Device("Прибор", 1, boards);
-}
 
 /// Half code, half noise: deflate makes of it about what it makes of firmware.
 QByteArray Content(int unit, int64_t size)
@@ -53,7 +44,7 @@ QString MakeArchive(int64_t size)
 double Analyse(const QString& path, int rows)
 {
     const QString folder = EmptyFolder("taken").path();
-    const TDeviceRecord device = Device(rows);
+    const TDeviceRecord device = Instrument(rows, 502);
     int taken = 0;
     SettleDisk();
     return Seconds("the analysis", [&] {

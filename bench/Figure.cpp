@@ -1,8 +1,10 @@
 #include "Figure.h"
 
+#include "Clock.h"
+#include "Stage.h"
+
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <memory>
 #include <unistd.h>
 
@@ -79,11 +81,6 @@ Pair Turns(std::function<double()> ours, std::function<double()> floor)
     };
 }
 
-double Now()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 double Seconds(const QString& what, const std::function<bool()>& work)
 {
     const double start = Now();
@@ -92,6 +89,14 @@ double Seconds(const QString& what, const std::function<bool()>& work)
     if (!done)
         throw Unmeasurable{what + " failed"};
     return seconds;
+}
+
+TDeviceRecord Instrument(int modules, quint16 port)
+{
+    QList<TBoardRecord> boards;
+    for (int unit = 1; unit <= modules; ++unit)
+        boards.append(stage::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", port, unit, 0));
+    return stage::Device("Прибор", 1, boards);
 }
 
 QDir EmptyFolder(const QString& name)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AppConfig.h"
+
 #include <QDir>
 #include <QString>
 
@@ -8,6 +10,9 @@
 #include <map>
 #include <string>
 #include <vector>
+
+constexpr int64_t KiB = 1024;
+constexpr int64_t MiB = 1024 * KiB;
 
 /// What one pair of runs showed, by name: "ours" and "floor" in seconds or bytes, and what else explains them.
 using Reading = std::map<std::string, double>;
@@ -30,11 +35,11 @@ void DropFigure();
 /// A pair of two ways to do the same. Each returns what it took; they take turns in going first.
 Pair Turns(std::function<double()> ours, std::function<double()> floor);
 
-/// Seconds on the monotonic clock since the machine started, the same for all processes.
-double Now();
 /// Seconds that `work` takes; it returns false when it failed at `what`.
 double Seconds(const QString& what, const std::function<bool()>& work);
 
+/// An instrument of `modules` modules, units 1 and up of bench-board on 127.0.0.1:`port`.
+TDeviceRecord Instrument(int modules, quint16 port);
 /// An empty folder of this name for a figure's files, below the working folder.
 QDir EmptyFolder(const QString& name);
 /// Lets the disk finish what earlier runs left to it.

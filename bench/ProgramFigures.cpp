@@ -12,16 +12,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int64_t MiB = 1024 * 1024;
-
 /// The real program in a folder of its own, with a catalogue of `modules` modules, all behind `board`.
 QString LayOut(const BoardProcess& board, int modules)
 {
     const QDir folder = EmptyFolder("program");
-    QList<TBoardRecord> boards;
-    for (int unit = 1; unit <= modules; ++unit)
-        boards.append(stage::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", board.Port(), unit, 0));
-    stage::WriteCatalogue(folder.filePath("updater.json"), {stage::Device("Прибор", 1, boards)});
+    stage::WriteCatalogue(folder.filePath("updater.json"), {Instrument(modules, board.Port())});
     const QString program = folder.filePath("updater");
     if (!QFile::copy(UPDATER_PROGRAM, program))
         throw Unmeasurable{program + " cannot be written"};

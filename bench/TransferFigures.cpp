@@ -19,8 +19,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr quint32 BlockLimit = 244;
-constexpr int64_t KiB = 1024;
-constexpr int64_t MiB = 1024 * KiB;
 
 double Blocks(const QByteArray& image)
 {
@@ -117,11 +115,7 @@ class Window
 public:
     explicit Window(const BoardProcess& board)
     {
-        QList<TBoardRecord> boards;
-        for (int unit = 1; unit <= 10; ++unit)
-            boards.append(stage::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", board.Port(), unit, 0));
-        stage::WriteCatalogue(QCoreApplication::applicationDirPath() + "/updater.json",
-                              {stage::Device("Прибор", 1, boards)});
+        stage::WriteCatalogue(QCoreApplication::applicationDirPath() + "/updater.json", {Instrument(10, board.Port())});
         window = std::make_unique<MainWindow>(nullptr);
         window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint);
         Show(true);

@@ -7,6 +7,7 @@
 // TIME counts on the system's monotonic clock. After "idle", "taken" and "writing" the program stands still until a
 // line comes on standard input.
 
+#include "Clock.h"
 #include "Hand.h"
 
 #include <QApplication>
@@ -23,11 +24,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-double Now()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 void TellAndStand(const char* what)
 {

@@ -1,5 +1,6 @@
 #include "Watched.h"
 
+#include "Clock.h"
 #include "Figure.h"
 
 #include <QFile>
@@ -11,7 +12,7 @@ namespace {
 
 constexpr int Patience = 120000;
 
-double KiB(const QByteArray& text, const QString& field)
+double Bytes(const QByteArray& text, const QString& field)
 {
     static const QString number = R"(:\s+(\d+) kB)";
     double sum = 0;
@@ -20,7 +21,7 @@ double KiB(const QByteArray& text, const QString& field)
         throw Unmeasurable{"the system does not tell a program's " + field};
     while (matches.hasNext())
         sum += matches.next().captured(1).toDouble();
-    return sum * 1024;
+    return sum * double(KiB);
 }
 
 } // namespace
@@ -65,12 +66,12 @@ void Watched::Finish()
 Watched::Memory Watched::Uses() const
 {
     const QByteArray maps = Proc("smaps_rollup");
-    return {KiB(maps, "Rss"), KiB(maps, "Private_(?:Clean|Dirty)")};
+    return {Bytes(maps, "Rss"), Bytes(maps, "Private_(?:Clean|Dirty)")};
 }
 
 double Watched::Peak() const
 {
-    return KiB(Proc("status"), "VmHWM");
+    return Bytes(Proc("status"), "VmHWM");
 }
 
 void Watched::ForgetPeak()
