@@ -36,7 +36,6 @@ const QHash<QString, Outcome> Outcomes{
     {"F", {"cancel", "1.0", false, false, true, true, "info: "}},
     {"A", {"cancel", "1.0", true, true, true, true, "info: "}},
     {"V", {"cancel", "???", true, true, true, false, "info: "}},
-    {"D", {"cancel", "1.0", false, false, true, true, "WaitReboot 9"}},
     {"N", {"cancel", "1.0", false, false, true, false, "WaitReboot 9"}},
     {"H", {"cancel", "1.0", true, false, true, false, "WaitReboot 9"}},
     {"G", {"cancel", "1.0", true, true, true, false, "WaitReboot 9"}},

@@ -44,14 +44,6 @@ QByteArray Sha256(const QByteArray& data)
     return QCryptographicHash::hash(data, QCryptographicHash::Sha256);
 }
 
-/// True when a board that did not come up as the catalogue's does answer, as something else: the instrument was
-/// exchanged without a search, and an image chosen for one must never reach a board of another.
-bool AnswersAsAnother(TcpModbus& link, const TBoardRecord& board)
-{
-    QString answer;
-    return link.StrCommand("DEVICETYPE ?;", answer) && DeviceTypeIn(answer) != board.Type;
-}
-
 } // namespace
 
 void MainWindow::Update()
@@ -169,14 +161,14 @@ MainWindow::ModuleResult MainWindow::UpdateFirmware(int row, const TBoardRecord&
     }
     ui.progressBar->reset();
     ui.progressBar->setMaximum(int(image.size()));
-    // Mainly to let an instrument that is still starting come up: silence does not keep the image from being tried.
-    const bool up = WaitReboot(row);
+    // Only lets an instrument that is still starting come up. A board that sits in its boot loader may answer nothing,
+    // or another type, and is exactly the one that must be written.
+    WaitReboot(row);
     {
         const std::unique_ptr<TcpModbus> link = CreateLink(g_selectedDevice, row);
         if (!link->Connect())
             return ModuleResult::Skipped;
-        const bool isBoards = up || !AnswersAsAnother(*link, board);
-        if (!isBoards || !WriteImage(row, board, *link, image)) {
+        if (!WriteImage(row, board, *link, image)) {
             SetRowStatus(row, RowStatus::Failed);
             return ModuleResult::FailedAndLast;
         }
