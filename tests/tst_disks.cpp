@@ -256,7 +256,7 @@ private slots:
         row("largest", R"("Port": 2147483647, "MBAddr": 2147483647, "IdCPU": 2147483647)", "???");
         row("no numbers", R"("Port": 1e300, "MBAddr": 0.5, "IdCPU": "x")", "???");
         row("port that wraps", R"("Port": %2, "MBAddr": 2)", "???");
-        row("unit that wraps", R"("Port": %1, "MBAddr": 258)", "???");
+        row("unit that wraps", R"("Port": %1, "MBAddr": 258)", "1.0");
     }
     void AbsurdCatalogue()
     {
@@ -269,6 +269,11 @@ private slots:
             R"({"Type": "DEV", "Ip": "127.0.0.1", "Main": 1, "MBAddr": 1, "Port": )" + QByteArray::number(port) + "}";
         const QByteArray tenAbsurd = ("," + board).repeated(10);
         const QByteArray device = R"({"IdDev": -1, "Boards": [)" + main + tenAbsurd + "]}";
+        QSet<int> units;
+        one.fault = [&](const Call& c) {
+            units.insert(quint8(c.request.at(6)));
+            return false;
+        };
         Panel panel;
         stage::WriteFile(Panel::Path("updater.json"), R"({"Devices": [)" + (device + ",").repeated(10) + device + "]}");
         panel.window = std::make_unique<MainWindow>(nullptr);
@@ -278,6 +283,8 @@ private slots:
         // The table holds ten boards: the first one answers, and so do those that are reached as the catalogue says.
         QFETCH(QString, version);
         QCOMPARE(panel.Versions(), "1.0" + (" " + version).repeated(9));
+        // Unit address 258 is sent as its low byte.
+        QCOMPARE(units, version == "1.0" ? (QSet<int>{1, 2}) : QSet<int>{1});
     }
 };
 

@@ -241,7 +241,7 @@ private slots:
             FakeBoard board(Obey);
             port = port == 0 ? board.serverPort() : port;
         }
-        TcpModbus link(nullptr, host, port, 258);
+        TcpModbus link(nullptr, host, port, 1);
         for (int attempt = 1; attempt <= 10; ++attempt)
             QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Try to reconnect %1").arg(attempt)));
         QVERIFY(!link.Connect());

@@ -171,9 +171,6 @@ TcpModbus::WaitEnd TcpModbus::Wait(const QModbusReply& reply) const
 
 std::unique_ptr<QModbusReply> TcpModbus::Send(const QModbusRequest& request)
 {
-    // The frame has one byte for it: unit 258 would reach unit 2, and an image for the one the other.
-    if (serverAddress < 0 || serverAddress > 255)
-        return nullptr;
     std::unique_ptr<QModbusReply> reply(client->sendRawRequest(request, serverAddress));
     // Now, instead of one pass through the event loop later: an image is tens of thousands of requests.
     if (auto* socket = qobject_cast<QAbstractSocket*>(client->device()))

@@ -20,7 +20,8 @@ class TcpModbus : public QObject
     Q_OBJECT
 
 public:
-    /// Connects nothing yet. `serverAddress` is the Modbus unit address.
+    /// Connects nothing yet. `serverAddress` is the Modbus unit address as the catalogue has it; the frame takes its
+    /// low byte.
     TcpModbus(QObject* parent, const QString& host, int port, int serverAddress);
     ~TcpModbus() override;
 
