@@ -55,6 +55,41 @@ private slots:
         QCOMPARE(QFileInfo::exists(Panel::Path("update.old")), box == Success);
     }
 
+    void BoardWithoutVersionIsTriedAgain()
+    {
+        Actor first;
+        Actor second;
+        Panel panel;
+        panel.Open({stage::Device("П", 7, {first.Record("a", 1, 0), second.Record("b", 2, 1)})});
+        panel.TakeArchive(BothImages());
+        bool keepsVersion = true;
+        second.fault = [&](const Call& c) { return keepsVersion && c.actor.finished && c.Asks("VER ?;"); };
+        QStringList seen;
+        const auto look = [&] {
+            QString buttons;
+            for (const int row : {0, 1}) {
+                for (const int column : {3, 4})
+                    buttons += panel.window->GetButton(row, column)->isEnabled() ? '+' : '-';
+            }
+            seen.append(panel.Versions() + ' ' + buttons);
+        };
+        panel.hand.Press("buttonUpdate");
+        panel.hand.AnswerBox(Failure, "OK");
+        panel.hand.Do(look);
+        panel.hand.Do([&] { keepsVersion = false; });
+        panel.hand.Press("buttonUpdate");
+        panel.hand.AnswerBox(Success, "Нет");
+        panel.hand.Do(look);
+        panel.hand.Do([&] { keepsVersion = true; });
+        panel.hand.Press("button_DeviceType");
+        panel.WaitForVersions();
+        panel.hand.Do(look);
+        QVERIFY2(panel.hand.Run(30s), qPrintable(panel.hand.Failure));
+        // A run enables every row button; only reading the versions anew disables those of a row without one.
+        QCOMPARE(seen, (QStringList{"2.0 ??? ++++", "2.0 2.0 ++++", "2.0 ??? ++--"}));
+        QCOMPARE(first.blocks, 9);
+    }
+
     void MarksStayWithTheirDevice()
     {
         Actor board;

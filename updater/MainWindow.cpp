@@ -162,17 +162,6 @@ void MainWindow::EnableRowButtons(bool on)
     }
 }
 
-void MainWindow::EnableUsableRowButtons()
-{
-    for (int row = 0; row < ui.tableWidget->rowCount(); ++row) {
-        const RowVerdict verdict = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
-        if (QPushButton* file = GetButton(row, ColumnFile))
-            file->setEnabled(verdict.takesFile);
-        if (QPushButton* mark = GetButton(row, ColumnMark))
-            mark->setEnabled(verdict.valid || IsRowMarked(row));
-    }
-}
-
 void MainWindow::UpdateUpdateButton()
 {
     bool marked = false;

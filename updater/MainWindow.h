@@ -50,9 +50,6 @@ public:
     QPushButton* GetButton(int row, int column) const;
     bool IsRowMarked(int row) const;
     void EnableRowButtons(bool on);
-    /// Enables the row buttons that make sense: a file may be chosen where the current version is known, and a mark
-    /// set where both are; a mark that is set can always be taken off.
-    void EnableUsableRowButtons();
     void UpdateUpdateButton();
     void SetBusy(bool on);
     /// Shows the icon at once: processes events.

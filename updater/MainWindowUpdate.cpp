@@ -97,8 +97,8 @@ void MainWindow::EndRun()
     ui.buttonUpdate->setText("Запустить\nобновление");
     ui.label_Update->hide();
     ui.progressBar->hide();
+    // Enables all row buttons, also those of a board that did not answer: that is how it is tried again.
     SetBusy(false);
-    EnableUsableRowButtons();
 }
 
 void MainWindow::ShowResult(bool allSucceeded)

@@ -71,7 +71,6 @@ void MainWindow::BuildRows()
     ui.tableWidget->setRowCount(Device().BoardCount);
     for (int row = 0; row < Device().BoardCount; ++row)
         BuildRow(row);
-    EnableUsableRowButtons();
     UpdateUpdateButton();
 }
 
