@@ -8,7 +8,6 @@
 #include "Table.h"
 
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
 
@@ -74,20 +73,6 @@ private slots:
         QVERIFY(!panel.IsEnabled("buttonUpdate"));
         QTEST(Panel::SudoLog().join(';'), "sudo");
         QVERIFY(QFileInfo::exists(Panel::Path("update.old/tst_road")));
-    }
-
-    void BarIsAlwaysPaintable()
-    {
-        MainWindow window(nullptr);
-        auto* bar = window.findChild<QProgressBar*>();
-        bar->setMaximum(100);
-        bar->show();
-        for (const int written : {10, 20, 100}) {
-            window.onWriteBlock(written);
-            QCOMPARE(bar->value(), written);
-            // A hole would be left in its place whenever the window is painted for another reason.
-            QVERIFY(bar->updatesEnabled());
-        }
     }
 
     void NothingFound_data()

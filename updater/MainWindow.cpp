@@ -11,12 +11,9 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include <chrono>
-
 namespace {
 
 constexpr char ProgramVersion[] = "1.38";
-constexpr std::chrono::milliseconds BarPause{100};
 
 constexpr char HeaderStyle[] =
     "QHeaderView { height: 40px; border-top: 1px solid #ecedef; border-bottom: 1px solid #b1b1b5; }"
@@ -57,10 +54,6 @@ MainWindow::MainWindow(QWidget* parent)
 
     SetUpTable();
     ui.progressBar->reset();
-    m_barPause.setInterval(BarPause);
-    m_barPause.setSingleShot(true);
-    // Also when no further block comes.
-    connect(&m_barPause, &QTimer::timeout, ui.progressBar, qOverload<>(&QWidget::update));
     ui.label_Update->setText(QString());
     // Both belong to a run; an empty bar says nothing to the operator.
     ui.progressBar->hide();
@@ -202,15 +195,7 @@ void MainWindow::AbandonLinks()
 
 void MainWindow::onWriteBlock(int index)
 {
-    // The bar paints itself at each value that moves it, and a board takes blocks faster than anybody can see. Not by
-    // setUpdatesEnabled: that asks for a picture when it is switched on, and while it is off a window that is painted
-    // for another reason has a hole in the bar's place.
-    const bool isPaused = m_barPause.isActive();
-    ui.progressBar->setAttribute(Qt::WA_UpdatesDisabled, isPaused);
     ui.progressBar->setValue(index);
-    ui.progressBar->setAttribute(Qt::WA_UpdatesDisabled, false);
-    if (!isPaused)
-        m_barPause.start();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

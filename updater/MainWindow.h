@@ -7,7 +7,6 @@
 #include <QHash>
 #include <QIcon>
 #include <QMainWindow>
-#include <QTimer>
 
 #include <array>
 #include <memory>
@@ -137,6 +136,4 @@ private:
     std::array<std::optional<RowVerdict>, TDeviceRecord::MaxBoards> m_settledVerdicts;
     /// The device whose rows the table holds; -1 before the first filling.
     int m_tableDevice = -1;
-    /// Runs while the progress bar is not to be painted again.
-    QTimer m_barPause;
 };

@@ -195,10 +195,7 @@ bool MainWindow::WriteImage(int row, const TBoardRecord& board, TcpModbus& link,
     SetRowStatus(row, RowStatus::Working);
     ui.label_Update->setText(board.Name + ". Обновление...");
     // After a stop not even the first block is sent: a board with half an image does not start again.
-    const bool written = !g_stopRequested && link.WriteFirmware(image, board.IdCPU, BlockLimit);
-    // onWriteBlock may have left the last blocks unpainted.
-    ui.progressBar->update();
-    return written;
+    return !g_stopRequested && link.WriteFirmware(image, board.IdCPU, BlockLimit);
 }
 
 bool MainWindow::WaitReboot(int board)
