@@ -105,7 +105,6 @@ private slots:
         QTest::addColumn<bool>("readable");
         QTest::newRow("a folder stands in the way") << 1 << true;
         QTest::newRow("a file cannot be read") << 1 << false;
-        // More than are held back to be brought to the disk together.
         QTest::newRow("large files") << (20 << 20) << true;
     }
     void CopyKeepsWhatCameBeforeAFailure()
@@ -138,7 +137,7 @@ private slots:
         static QStringList lines;
         lines.clear();
         const QTemporaryDir root;
-        for (const char* name : {"src/a/b/f", "src/f"})
+        for (const char* name : {"src/a/b/f", "src/a/b/base/f", "src/f"})
             stage::WriteFile(root.filePath(name), "1");
         QVERIFY(QDir(root.path()).mkdir("dst"));
         const auto previous =
@@ -149,7 +148,8 @@ private slots:
         qInstallMessageHandler(previous);
         QVERIFY(copied);
         QCOMPARE(lines.join('\n').remove(root.path()).remove("static bool Util::CopyPath(QString, QString): "),
-                 "mkpath /dst/a ok\nmkpath /dst/a/b ok\ncopy /src/a/b/f to /dst/a/b/f ok\ncopy /src/f to /dst/f ok");
+                 "mkpath /dst/a ok\nmkpath /dst/a/b ok\nmkpath /dst/a/b/base ok\n"
+                 "copy /src/a/b/f to /dst/a/b/f ok\ncopy /src/f to /dst/f ok");
     }
 
     void CopyReplacesInOneStep()
@@ -179,15 +179,15 @@ private slots:
         QVERIFY(QFile::link(root.path(), root.filePath("src/a/further-up")));
         // The target lies inside of the source, as a backup does.
         QVERIFY(QDir(root.path()).mkpath("src/backup"));
+        // Of a folder that is left out the target folder is made all the same.
+        QStringList copied{"a/", "a/f=1", "a/further-up/", "a/up/", "backup/"};
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("src/backup")));
-        QCOMPARE(stage::ReadFile(root.filePath("src/backup/a/f")), "1");
-        QCOMPARE(QDir(root.filePath("src/backup")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                 QStringList{"a"});
+        QCOMPARE(Tree(root.filePath("src/backup")), copied);
         // A link from the source into an earlier copy would grow with what is copied through it.
         QVERIFY(QFile::link(root.filePath("src/backup/a"), root.filePath("src/a/into")));
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("src/backup")));
-        QCOMPARE(QDir(root.filePath("src/backup/a")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                 QStringList{"f"});
+        copied.insert(3, "a/into/");
+        QCOMPARE(Tree(root.filePath("src/backup")), copied);
         QVERIFY(Util::CopyPath(root.filePath("src/a"), root.filePath("src/a")));
         QCOMPARE(stage::ReadFile(root.filePath("src/a/f")), "1");
     }
@@ -201,8 +201,8 @@ private slots:
         QVERIFY(QFile::link(root.filePath("outside"), root.filePath("src/lib-1/more")));
         for (const char* name : {"src/lib", "src/lib-too"})
             QVERIFY(QFile::link("lib-1", root.filePath(name)));
-        // Each links to all others: eight have a hundred thousand ways through them.
-        const int count = 8;
+        // Each links to all others: every way through them is copied.
+        const int count = 3;
         for (int i = 0; i < count * count; ++i) {
             const QString from = root.filePath(QString("src/n%1").arg(i / count));
             stage::WriteFile(from + "/f", "1");
@@ -211,7 +211,7 @@ private slots:
         QVERIFY(QDir(root.path()).mkdir("dst"));
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         for (const char* path : {"lib-1/f", "lib/f", "lib-too/f", "lib/more/plugins-1/p", "lib-too/more/plugins/p",
-                                 "n3/f", "n3/to4/f", "n7/to0/to1/f"})
+                                 "n1/f", "n1/to2/f", "n2/to0/to1/f"})
             QCOMPARE(stage::ReadFile(root.filePath(QString("dst/") + path)), "1");
     }
 };

@@ -15,12 +15,7 @@ public:
     /// Text of the file `dir`/`name`.ver as it stands, a closing line break included. When it cannot be
     /// opened an error box is shown and "???" returned. `parent` and `flag` are not used.
     static QString GetVersion(QObject* parent, QString dir, QString name, bool flag);
-    /// Copies the files and folders of `src` over those of `dst` (absolute paths; `dst` exists). Hidden
-    /// entries and folders named "base", "firmware" or "update.old" are left out at every level. Linked folders are
-    /// copied as folders, unless they lead back to one above or into the target; inside of a linked folder each
-    /// further one only once. Of a folder's files those named "*.ver" come last. False at the first entry that fails;
-    /// what was copied before stays. Each file is replaced in one step: whatever happens, its name holds the old file
-    /// or the new one. What a killed copy left hidden in a folder of `dst` is removed.
+    /// CopyTree, logged.
     static bool CopyPath(QString src, QString dst);
 
     Util() = delete;
