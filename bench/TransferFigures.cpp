@@ -118,7 +118,7 @@ public:
         window = std::make_unique<MainWindow>(nullptr);
         window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint);
         Show(true);
-        window->FindMainBoard();
+        window->findChild<QPushButton*>("button_DeviceType")->click();
         if (!window->GetButton(9, MainWindow::ColumnMark))
             throw Unmeasurable{"the window did not find bench-board"};
     }

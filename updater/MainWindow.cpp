@@ -68,12 +68,12 @@ MainWindow::MainWindow(QWidget* parent)
 void MainWindow::StartFirstSearch()
 {
     QTimer::singleShot(g_timeLimits.firstSearch, this, [this] {
-        // The operator may have been quicker, with a search or with a dialog. A search inside of a dialog's event
-        // loop would keep it from returning. (The window itself counts as modal.)
+        // A search that starts inside a dialog's event loop would keep the dialog's exec() from returning. The main
+        // window is window-modal itself.
         const QWidget* modal = QApplication::activeModalWidget();
         if (modal && modal != this)
             StartFirstSearch();
-        else if (m_searches == 0)
+        else if (m_started == 0) // the operator has not been quicker
             FindMainBoard();
     });
 }
@@ -121,6 +121,7 @@ void MainWindow::SetCellText(int row, int column, const QString& text)
         item->setText(text);
 }
 
+/// Loads each icon once: ten rows would hold thirty copies of the same pixels.
 QIcon MainWindow::Icon(const QString& path)
 {
     const auto known = m_icons.constFind(path);
@@ -143,6 +144,12 @@ bool MainWindow::IsRowMarked(int row) const
 {
     const QPushButton* button = GetButton(row, ColumnMark);
     return button && !button->isChecked();
+}
+
+void MainWindow::SetMark(QPushButton& button, bool marked)
+{
+    button.setChecked(!marked);
+    button.setIcon(marked ? Icon(":/icons/onebit_34_ok.png") : QIcon());
 }
 
 void MainWindow::EnableRowButtons(bool on)
@@ -187,10 +194,13 @@ std::unique_ptr<TcpModbus> MainWindow::CreateLink(int device, int board)
     return std::make_unique<TcpModbus>(this, record.Ip, record.Port, record.MBAddr);
 }
 
-void MainWindow::AbandonLinks()
+/// Numbers the work that starts now, and ends the waits of the work in whose middle it starts: some boards serve one
+/// connection only.
+int MainWindow::StartWork()
 {
     for (TcpModbus* link : findChildren<TcpModbus*>(QString(), Qt::FindDirectChildrenOnly))
         link->Abandon();
+    return ++m_started;
 }
 
 void MainWindow::onWriteBlock(int index)
@@ -200,8 +210,8 @@ void MainWindow::onWriteBlock(int index)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    // Versions are read with the controls enabled, yet it is work: its waits must end for the process to end.
-    if (g_busy || m_readings > 0) {
+    // A reading must end too for the process to end.
+    if (g_busy || m_isReading) {
         g_stopRequested = true;
         g_updateAborted = true;
     }

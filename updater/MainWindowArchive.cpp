@@ -73,7 +73,7 @@ void MainWindow::TakeFile(int row, const QString& version, const QString& path, 
         item->setData(Qt::UserRole, path);
         item->setData(DigestRole, sha256);
     }
-    m_settledVerdicts.at(row).reset();
+    m_previousVerdicts.at(row).reset();
     ui.buttonUpdate->setEnabled(true);
     CheckRow(row);
 }
@@ -81,11 +81,11 @@ void MainWindow::TakeFile(int row, const QString& version, const QString& path, 
 void MainWindow::RowButtonClicked(QPushButton* button, int row, ButtonKind kind)
 {
     if (kind == ButtonKind::Mark) {
-        button->setIcon(button->isChecked() ? QIcon() : Icon(":/icons/onebit_34_ok.png"));
+        SetMark(*button, !button->isChecked());
         UpdateUpdateButton();
         return;
     }
-    const int filling = m_fillings;
+    const int table = m_table;
     bool isProgram = false;
     const QString pattern = GetFilePattern(row, &isProgram);
     QString path;
@@ -93,7 +93,7 @@ void MainWindow::RowButtonClicked(QPushButton* button, int row, ButtonKind kind)
     if (!SelectFile(path, "Открыть файл с прошивкой", pattern, true) || !CheckCertificate(path, digests))
         return;
     const QString version = VersionFromFileName(QFileInfo(path).absolutePath(), QFileInfo(path).fileName(), isProgram);
-    if (filling != m_fillings)
+    if (table != m_table)
         return;
     TakeFile(row, version, path, digests[path].sha256);
     UpdateUpdateButton();
@@ -111,8 +111,7 @@ QWidget* MainWindow::MakeRowButton(int row, ButtonKind kind, const QIcon& icon)
     button->setEnabled(false);
     if (kind == ButtonKind::Mark) {
         button->setCheckable(true);
-        button->setChecked(true);
-        button->setIcon(QIcon());
+        SetMark(*button, false);
     }
     layout->addWidget(button);
     connect(button, &QPushButton::clicked, this, [=, this] { RowButtonClicked(button, row, kind); });

@@ -9,8 +9,7 @@
 
 void MainWindow::FindMainBoard()
 {
-    ++m_searches;
-    AbandonLinks();
+    StartWork();
     ui.label_Update->setText(QString());
     ui.button_DeviceType->setText("Поиск прибора...");
     SetBusy(true);
@@ -57,13 +56,11 @@ void MainWindow::SelectDevice(int device, int board, TcpModbus& link)
 
 void MainWindow::ShowDevice(bool found)
 {
-    const int search = m_searches;
     if (found)
         ui.button_DeviceType->setText("Прибор " + Device().Name + "  № " + g_deviceSerial);
     SetBusy(false);
-    FillTable(found);
-    // A search that was started in the middle of the reading has had the last word.
-    if (search != m_searches)
+    // A search that was started in the middle of the reading has shown its own result.
+    if (!FillTable(found))
         return;
     ui.label_Update->setText(QString());
     if (!found)

@@ -78,8 +78,7 @@ void MainWindow::Update()
 
 void MainWindow::BeginRun()
 {
-    ++m_runs;
-    AbandonLinks();
+    StartWork();
     g_stopRequested = false;
     SetBusy(true);
     ui.buttonUpdate->setText("Отмена");
@@ -183,6 +182,8 @@ MainWindow::ModuleResult MainWindow::UpdateFirmware(int row, const TBoardRecord&
     return ReadVersion(row, true) ? ModuleResult::Succeeded : ModuleResult::Failed;
 }
 
+/// Whether the bytes with this digest are those whose certificate was right: a later archive may have replaced the file
+/// by one that was refused.
 bool MainWindow::IsAccepted(int row, const QByteArray& sha256) const
 {
     const QTableWidgetItem* offered = ui.tableWidget->item(row, ColumnNew);

@@ -17,47 +17,53 @@ bool HasFailed(const QTableWidgetItem* item)
 
 } // namespace
 
-void MainWindow::FillTable(bool announce)
+bool MainWindow::FillTable(bool announce)
 {
-    const QScopedValueRollback<int> reading(m_readings, m_readings + 1);
-    const int filling = ++m_fillings;
-    const auto gaveUp = [&] { return filling != m_fillings || g_stopRequested; };
+    const QScopedValueRollback<bool> reading(m_isReading, true);
+    const int table = m_table = StartWork();
     BuildRows();
-    const int rows = ui.tableWidget->rowCount();
-    for (int row = 0; row < rows; ++row) {
-        // A run that was started in the middle has read the rows it wrote; the one it interrupted is asked
-        // again, since an answer from before the run says nothing any more.
-        for (int runs = -1; runs != m_runs && CellText(row, ColumnCurrent).isEmpty();) {
-            runs = m_runs;
-            if (announce) {
-                ui.label_Update->setVisible(true);
-                ui.label_Update->setText("Считываю версии модулей...");
-            }
-            const bool failed = HasFailed(ui.tableWidget->item(row, ColumnName));
-            ReadVersion(row, false);
-            if (gaveUp())
-                return;
-            // The run's verdict on the row is not for a reading to wipe off.
-            if (failed)
-                SetRowStatus(row, RowStatus::Failed);
-        }
+    for (int row = 0; row < ui.tableWidget->rowCount(); ++row) {
+        if (!ReadRow(row, announce, table))
+            return false;
     }
-    for (int row = 0; row < rows; ++row)
-        SettleMark(row);
+    for (int row = 0; row < ui.tableWidget->rowCount(); ++row)
+        RestoreMark(row);
     UpdateUpdateButton();
+    return true;
 }
 
-void MainWindow::SettleMark(int row)
+/// Reads the row's version for the reading `table`; false when FillTable is to end.
+bool MainWindow::ReadRow(int row, bool announce, int table)
 {
-    const QPushButton* mark = GetButton(row, ColumnMark);
-    const bool marked = mark && !mark->isChecked();
-    const RowVerdict verdict = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
-    const bool keeps = verdict.valid && m_settledVerdicts.at(row) == verdict;
-    CheckRow(row);
-    if (keeps && marked != IsRowMarked(row)) {
-        GetButton(row, ColumnMark)->setChecked(!marked);
-        GetButton(row, ColumnMark)->setIcon(marked ? Icon(":/icons/onebit_34_ok.png") : QIcon());
+    // A run that was started in the middle has read the rows it wrote. The row whose answer it made worthless is still
+    // empty, and is asked again.
+    while (CellText(row, ColumnCurrent).isEmpty()) {
+        const int started = m_started;
+        if (announce) {
+            ui.label_Update->setVisible(true);
+            ui.label_Update->setText("Считываю версии модулей...");
+        }
+        const bool failed = HasFailed(ui.tableWidget->item(row, ColumnName));
+        ReadVersion(row, false);
+        if (table != m_table || g_stopRequested)
+            return false;
+        // Such a run may have failed at this row, which a reading must not hide.
+        if (failed)
+            SetRowStatus(row, RowStatus::Failed);
+        if (started == m_started)
+            break;
     }
+    return true;
+}
+
+/// CheckRow, but a mark that the operator set or took off stays while the versions allow the same as before.
+void MainWindow::RestoreMark(int row)
+{
+    const bool wasMarked = IsRowMarked(row);
+    const RowVerdict verdict = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
+    CheckRow(row);
+    if (verdict.valid && m_previousVerdicts.at(row) == verdict)
+        SetMark(*GetButton(row, ColumnMark), wasMarked);
 }
 
 void MainWindow::BuildRows()
@@ -65,7 +71,7 @@ void MainWindow::BuildRows()
     // What was chosen for one instrument must never reach a board of another.
     if (m_tableDevice != g_selectedDevice) {
         ui.tableWidget->setRowCount(0);
-        m_settledVerdicts = {};
+        m_previousVerdicts = {};
     }
     m_tableDevice = g_selectedDevice;
     ui.tableWidget->setRowCount(Device().BoardCount);
@@ -79,7 +85,7 @@ void MainWindow::BuildRow(int row)
     QTableWidget* table = ui.tableWidget;
     // Empty where a reading was interrupted: what the reading before it had found still counts.
     if (!CellText(row, ColumnCurrent).isEmpty())
-        m_settledVerdicts.at(row) = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
+        m_previousVerdicts.at(row) = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
     auto* name = new QTableWidgetItem(Board(row).Name);
     name->setFlags(Qt::ItemIsSelectable | Qt::ItemNeverHasChildren);
     table->setItem(row, ColumnName, name);
@@ -96,10 +102,7 @@ void MainWindow::BuildRow(int row)
 
 bool MainWindow::ReadVersion(int row, bool compare)
 {
-    const int filling = m_fillings;
-    const int runs = m_runs;
-    const int searches = m_searches;
-    const auto outdated = [&] { return filling != m_fillings || runs != m_runs || searches != m_searches; };
+    const auto outdated = [this, started = m_started] { return started != m_started; };
     const TBoardRecord& board = Board(row);
     if (board.IsProgram()) {
         const QString version = Util::GetVersion(this, QCoreApplication::applicationDirPath(), board.File, true);
@@ -145,8 +148,7 @@ void MainWindow::CheckRow(int row)
     const RowVerdict verdict = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
     if (QPushButton* mark = GetButton(row, ColumnMark)) {
         mark->setEnabled(verdict.valid && !g_busy);
-        mark->setChecked(verdict.upToDate);
-        mark->setIcon(verdict.upToDate ? QIcon() : Icon(":/icons/onebit_34_ok.png"));
+        SetMark(*mark, !verdict.upToDate);
     }
     if (QPushButton* file = GetButton(row, ColumnFile))
         file->setEnabled(verdict.takesFile && !g_busy);
