@@ -12,7 +12,6 @@
 #include <QVariant>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 
 namespace {
@@ -63,19 +62,6 @@ QString Text(const QModbusDataUnit& unit)
     for (const quint16 value : unit.values())
         text.append(QChar(value));
     return text;
-}
-
-/// What each byte makes of a checksum of 0.
-constexpr std::array<quint16, 256> CrcRemainders()
-{
-    std::array<quint16, 256> remainders{};
-    for (size_t byte = 0; byte < remainders.size(); ++byte) {
-        quint16 crc = quint16(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc & 1) ? quint16((crc >> 1) ^ 0xA001) : quint16(crc >> 1);
-        remainders[byte] = crc;
-    }
-    return remainders;
 }
 
 bool Succeeded(const QModbusReply& reply)
@@ -247,9 +233,11 @@ bool TcpModbus::WriteFirmware(const QByteArray& image, int type, quint32 blockLi
 
 quint16 TcpModbus::Crc16(quint16 init, const QByteArray& data)
 {
-    static constexpr std::array<quint16, 256> Remainders = CrcRemainders();
     quint16 crc = init;
-    for (const char byte : data)
-        crc = quint16(crc >> 8) ^ Remainders[quint8(crc ^ quint8(byte))];
+    for (const char byte : data) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 1) ? quint16((crc >> 1) ^ 0xA001) : quint16(crc >> 1);
+    }
     return crc;
 }

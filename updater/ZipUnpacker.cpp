@@ -8,7 +8,6 @@
 
 #include <algorithm>
 
-#include <libdeflate.h>
 #include <zlib.h>
 
 namespace {
@@ -32,7 +31,7 @@ public:
         m_size += size;
         if (m_size > m_claim.unpackedSize)
             return false;
-        m_crc = libdeflate_crc32(m_crc, chunk.constData(), size_t(size));
+        m_crc = quint32(crc32(m_crc, reinterpret_cast<const Bytef*>(chunk.constData()), uInt(size)));
         m_refused = m_target.write(chunk.constData(), size) != size;
         return !m_refused;
     }
@@ -47,7 +46,7 @@ private:
     QIODevice& m_target;
     const ZipClaim& m_claim;
     qint64 m_size = 0;
-    quint32 m_crc = libdeflate_crc32(0, nullptr, 0);
+    quint32 m_crc = 0;
     bool m_refused = false;
 };
 
