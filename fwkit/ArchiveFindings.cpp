@@ -1,4 +1,5 @@
 #include "ArchiveFindings.h"
+#include "Kit.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -48,10 +49,10 @@ ArchiveFindings::ArchiveFindings(const QString& name, const QList<ArchiveEntry>&
     , m_certificates(certificates)
 {}
 
-void ArchiveFindings::Add(const char* kind, const QString& place, const Words& effect, const Words& remedy)
+void ArchiveFindings::Add(const char* kind, const QString& place, const QString& effect, const QString& remedy)
 {
     // Devices may have modules in common: the same is not said twice.
-    const QString said = kind + ('\n' + place) + '\n' + effect.en;
+    const QString said = kind + ('\n' + place) + '\n' + effect;
     if (m_said.contains(said))
         return;
     m_said.insert(said);
@@ -71,10 +72,10 @@ void ArchiveFindings::AboutEntries(const QString& folder)
         const QString certified = entry.path.chopped(QString(".sha256").size());
         if (!entry.path.endsWith(".sha256") || !m_certificates.contains(certified))
             Add("never-looked-at", entry.path,
-                {"The panel passes by whatever has \".sha256\" in its path, and there is no file whose certificate "
-                 "this is",
-                 "Панель пропускает всё, в пути чего есть «.sha256», а файла для такого сертификата нет"},
-                {"rename it, or add the file", "переименуйте или добавьте сам файл"});
+                Kit::tr(
+                    "The panel passes by whatever has \".sha256\" in its path, and there is no file whose certificate "
+                    "this is"),
+                Kit::tr("rename it, or add the file"));
     }
 }
 
@@ -83,22 +84,19 @@ void ArchiveFindings::AboutCertificate(const ArchiveEntry& entry, Certificate ce
     const QString file = FileNameOf(entry.path) + ".sha256";
     if (certificate == Certificate::Missing)
         Add("missing-certificate", entry.path,
-            Filled("The panel does not take it and shows the box \"Не найден сертификат %1\" once for every module",
-                   "Панель не берёт файл и показывает «Не найден сертификат %1» по разу на каждый модуль", file),
-            {"write the certificate with fwkit certify", "запишите сертификат командой fwkit certify"});
+            Kit::tr("The panel does not take it and shows the box \"%1\" once for every module")
+                .arg("Не найден сертификат " + file),
+            Kit::tr("write the certificate with fwkit certify"));
     else if (isLost)
         Add("damaged-entry", entry.path,
-            Filled("The panel cannot unpack it (damaged, encrypted, or over %1 bytes) and writes an empty file",
-                   "Панель не может его распаковать (повреждён, зашифрован или больше %1 байт) и пишет пустой файл",
-                   QString::number(FirmwareArchive::LargestEntry)),
-            {"pack the archive anew with fwkit pack", "соберите архив заново командой fwkit pack"});
+            Kit::tr("The panel cannot unpack it (damaged, encrypted, or over %1 bytes) and writes an empty file")
+                .arg(QString::number(FirmwareArchive::LargestEntry)),
+            Kit::tr("pack the archive anew with fwkit pack"));
     else if (certificate == Certificate::Different)
         Add("wrong-certificate", entry.path,
-            Filled("The panel does not take it and shows the box \"Не соответствует сертификат %1\" once for every "
-                   "module",
-                   "Панель не берёт файл и показывает «Не соответствует сертификат %1» по разу на каждый модуль", file),
-            {"write the certificate with fwkit certify: 32 raw bytes",
-             "запишите сертификат командой fwkit certify: 32 байта как есть"});
+            Kit::tr("The panel does not take it and shows the box \"%1\" once for every module")
+                .arg("Не соответствует сертификат " + file),
+            Kit::tr("write the certificate with fwkit certify: 32 raw bytes"));
 }
 
 void ArchiveFindings::AboutModules(const DeviceWalk& walk)
@@ -109,9 +107,9 @@ void ArchiveFindings::AboutModules(const DeviceWalk& walk)
         const QList<TakenFile>& taken = walk.taken[row];
         for (qsizetype i = 0; i + 1 < taken.size(); ++i)
             Add("fight", taken[i].entry,
-                Filled("The module \"%1\" takes this file and then, in its place, %2",
-                       "Модуль «%1» берёт этот файл, а затем вместо него %2", board.Name, taken.last().entry),
-                {"leave one of them in the archive", "оставьте в архиве один из них"});
+                Kit::tr("The module \"%1\" takes this file and then, in its place, %2")
+                    .arg(board.Name, taken.last().entry),
+                Kit::tr("leave one of them in the archive"));
         if (taken.isEmpty())
             continue;
         if (board.IsProgram())
@@ -132,10 +130,8 @@ void ArchiveFindings::AboutSharing(const DeviceWalk& walk)
             // Equal boards at several addresses share their image on purpose.
             if (FilePattern(*walk.device, one) != FilePattern(*walk.device, other))
                 Add("two-modules", file.entry,
-                    Filled("Both modules \"%1\" and \"%2\" take it", "Его берут оба модуля: «%1» и «%2»", one.Name,
-                           other.Name),
-                    {"give it a path that only one module's name is part of",
-                     "дайте ему путь, в который входит имя только одного модуля"});
+                    Kit::tr("Both modules \"%1\" and \"%2\" take it").arg(one.Name, other.Name),
+                    Kit::tr("give it a path that only one module's name is part of"));
         }
     }
 }
@@ -144,14 +140,14 @@ void ArchiveFindings::AboutProgram(const TBoardRecord& board, const TakenFile& f
 {
     if (file.entry != ProgramEntry(board))
         Add("misplaced-program", file.entry,
-            Filled("The module \"%1\" takes it, but the update copies the folder \"%2\" only", //
-                   "Модуль «%1» берёт его, но обновление копирует только папку «%2»", board.Name, board.Folder),
-            Filled("put it at %1", "поместите его как %1", ProgramEntry(board)));
+            Kit::tr("The module \"%1\" takes it, but the update copies the folder \"%2\" only")
+                .arg(board.Name, board.Folder),
+            Kit::tr("put it at %1").arg(ProgramEntry(board)));
     if (IsNeverCopied(QDir(QDir::cleanPath(QString(PanelFolder) + '/' + board.Folder)).dirName()))
         Add("never-copied", file.entry,
-            Filled("The module \"%1\" takes it, but the update never copies a folder \"%2\"",
-                   "Модуль «%1» берёт его, но обновление никогда не копирует папку «%2»", board.Name, board.Folder),
-            {"change Folder in the catalogue", "измените Folder в каталоге"});
+            Kit::tr("The module \"%1\" takes it, but the update never copies a folder \"%2\"")
+                .arg(board.Name, board.Folder),
+            Kit::tr("change Folder in the catalogue"));
 }
 
 void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardRecord& board, const TakenFile& file)
@@ -160,25 +156,17 @@ void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardReco
     const RowVerdict overZero = JudgeRow("0", file.version);
     if (file.version == UnknownVersion)
         Add("missing-version", file.entry,
-            Filled("The panel shows a box \"test\" and the version \"???\" for the module \"%1\"",
-                   "Панель показывает окно «test» и версию «???» модуля «%1»", board.Name),
-            Filled("add its version as the file %1.ver", "добавьте его версию файлом %1.ver", file.entry));
+            Kit::tr("The panel shows a box \"test\" and the version \"???\" for the module \"%1\"").arg(board.Name),
+            Kit::tr("add its version as the file %1.ver").arg(file.entry));
     else if (!overZero.valid || (!board.IsProgram() && file.version != WrittenVersion(file.entry, prefix)))
-        Add("bad-version", file.entry,
-            Filled("The panel reads \"%1\" as its version", "Панель читает его версию как «%1»", file.version),
-            {"write a version without \"_\", right in front of the extension or in the .ver file",
-             "напишите версию без «_», прямо перед расширением или в файле .ver"});
+        Add("bad-version", file.entry, Kit::tr("The panel reads \"%1\" as its version").arg(file.version),
+            Kit::tr("write a version without \"_\", right in front of the extension or in the .ver file"));
     else if (overZero.upToDate)
-        m_notes.append({"uncounted-version",
-                        m_name,
-                        file.entry,
-                        Filled("The version %1 counts as no more than 0: the panel marks the module \"%2\" by itself "
-                               "over no version that is a number",
-                               "Версия %1 считается не больше 0: панель сама не отметит модуль «%2» ни при какой "
-                               "версии-числе",
-                               file.version, board.Name),
-                        {"use a number with one point, or have the operator mark it by hand",
-                         "возьмите число с одной точкой, или пусть оператор отметит модуль сам"}});
+        m_notes.append({"uncounted-version", m_name, file.entry,
+                        Kit::tr("The version %1 counts as no more than 0: the panel marks the module \"%2\" by itself "
+                                "over no version that is a number")
+                            .arg(file.version, board.Name),
+                        Kit::tr("use a number with one point, or have the operator mark it by hand")});
 }
 
 void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks)
@@ -206,17 +194,16 @@ void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks)
             AboutUnused(entry.path, walks);
         else if (IsPassedBy(entry.path.mid(folder->size())))
             Add("never-copied", entry.path,
-                {"The update copies neither hidden files nor folders called base, firmware or update.old",
-                 "Обновление не копирует ни скрытые файлы, ни папки base, firmware и update.old"},
-                {"rename it, or leave it out", "переименуйте или уберите"});
+                Kit::tr("The update copies neither hidden files nor folders called base, firmware or update.old"),
+                Kit::tr("rename it, or leave it out"));
     }
 }
 
 void ArchiveFindings::AboutUnused(const QString& entry, const QList<DeviceWalk>& walks)
 {
     const char* kind = "nobody";
-    Words effect{"No module takes it", "Его не берёт ни один модуль"};
-    Words remedy{"name it as the catalogue asks, or leave it out", "назовите по каталогу или уберите"};
+    QString effect = Kit::tr("No module takes it");
+    QString remedy = Kit::tr("name it as the catalogue asks, or leave it out");
     for (const DeviceWalk& walk : walks) {
         // Its certificate is to blame, and that has been said.
         if (FitsSomeRow(entry, *walk.device))
@@ -225,17 +212,15 @@ void ArchiveFindings::AboutUnused(const QString& entry, const QList<DeviceWalk>&
             const TBoardRecord& board = walk.device->Boards.at(row);
             if (board.IsProgram() && entry == ProgramEntry(board)) {
                 kind = "dotted-program";
-                effect = Filled("The module \"%1\" takes nothing with a \".\" in its folder or name",
-                                "Модуль «%1» не берёт ничего с «.» в папке или имени", board.Name);
-                remedy = {"change Folder and File in the catalogue", "измените Folder и File в каталоге"};
+                effect = Kit::tr("The module \"%1\" takes nothing with a \".\" in its folder or name").arg(board.Name);
+                remedy = Kit::tr("change Folder and File in the catalogue");
             }
             if (board.IsProgram() || !entry.contains(NamePrefix(FilePattern(*walk.device, board))))
                 continue;
             kind = "wrong-kind";
-            effect =
-                Filled("The module \"%1\" has the name but takes %2 only", //
-                       "Имя подходит модулю «%1», но он берёт только %2", board.Name, FilePattern(*walk.device, board));
-            remedy = {"build the image for this processor", "соберите образ для этого процессора"};
+            effect = Kit::tr("The module \"%1\" has the name but takes %2 only")
+                         .arg(board.Name, FilePattern(*walk.device, board));
+            remedy = Kit::tr("build the image for this processor");
         }
     }
     Add(kind, entry, effect, remedy);
@@ -243,18 +228,15 @@ void ArchiveFindings::AboutUnused(const QString& entry, const QList<DeviceWalk>&
 
 Finding Refused(const QString& name, const ArchiveEntry& culprit, bool isOutside)
 {
-    const Words why = culprit.isLink ? Words{"is a link", "это ссылка"}
-                      : isOutside    ? Words{"leads out of the folder, or is too long or too deep for it",
-                                          "ведёт за пределы папки либо слишком длинный или глубокий"}
-                                  : Words{"is to be a file and a folder at once", "должен быть и файлом, и папкой"};
-    return {"refused",
-            name,
-            QString::fromLocal8Bit(culprit.claim.name),
-            {"The panel refuses the whole archive because this entry " + why.en
-                 + ": the waiting message stays on the screen for ever",
-             "Панель отвергает весь архив, так как этот элемент " + why.ru
-                 + ": сообщение об ожидании остаётся на экране навсегда"},
-            {"pack the archive anew with fwkit pack", "соберите архив заново командой fwkit pack"}};
+    const QString why = culprit.isLink ? Kit::tr("is a link")
+                        : isOutside    ? Kit::tr("leads out of the folder, or is too long or too deep for it")
+                                       : Kit::tr("is to be a file and a folder at once");
+    return {
+        "refused", name, QString::fromLocal8Bit(culprit.claim.name),
+        Kit::tr("The panel refuses the whole archive because this entry %1: the waiting message stays on the screen "
+                "for ever")
+            .arg(why),
+        Kit::tr("pack the archive anew with fwkit pack")};
 }
 
 Finding NothingInside(const QString& name)
@@ -262,7 +244,6 @@ Finding NothingInside(const QString& name)
     return {"nothing-inside",
             name,
             {},
-            {"The panel finds nothing in it (no zip archive, damaged, or empty) and says so by no word",
-             "Панель ничего в нём не находит (не zip, повреждён или пуст) и ничего об этом не говорит"},
-            {"pack the archive anew with fwkit pack", "соберите архив заново командой fwkit pack"}};
+            Kit::tr("The panel finds nothing in it (no zip archive, damaged, or empty) and says so by no word"),
+            Kit::tr("pack the archive anew with fwkit pack")};
 }

@@ -40,7 +40,7 @@ public:
     const QList<Finding>& Notes() const { return m_notes; }
 
 private:
-    void Add(const char* kind, const QString& place, const Words& effect, const Words& remedy);
+    void Add(const char* kind, const QString& place, const QString& effect, const QString& remedy);
     void AboutCertificate(const ArchiveEntry& entry, Certificate certificate, bool isLost);
     void AboutSharing(const DeviceWalk& walk);
     void AboutProgram(const TBoardRecord& board, const TakenFile& file);

@@ -2,8 +2,8 @@
 
 #include "ArchiveFindings.h"
 #include "ArchiveWalk.h"
-#include "Misuse.h"
 #include "Progress.h"
+#include "UsageError.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,9 +32,8 @@ void RequireRoom(const QList<ArchiveEntry>& entries, const QString& name, const 
         needed += entry.isCredible ? entry.size : 0;
     const qint64 available = QStorageInfo(folder).bytesAvailable();
     if (needed > available)
-        throw Misuse{Filled("%1: unpacks to %2 bytes, and %3 has %4; name a folder with more room in TMPDIR",
-                            "%1: распаковывается в %2 байт, а в %3 есть %4; укажите в TMPDIR папку попросторнее", name,
-                            QString::number(needed), folder, QString::number(available))};
+        throw UsageError(Kit::tr("%1: unpacks to %2 bytes, and %3 has %4; name a folder with more room in TMPDIR")
+                             .arg(name, QString::number(needed), folder, QString::number(available)));
 }
 
 void Count(QList<BoxReport>& boxes, QHash<QString, qsizetype>& known, const Box& box)
@@ -69,7 +68,7 @@ public:
         WalkArchive(m_entries, m_folder, Digests,
                     {.rowCount =
                          [&] {
-                             m_progress.Tell({"Trying", "Проба"}, row++, device.BoardCount + 1);
+                             m_progress.Tell(Kit::tr("Trying"), row++, device.BoardCount + 1);
                              return device.BoardCount;
                          },
                      .device = [&]() -> const TDeviceRecord& { return device; },
@@ -153,19 +152,16 @@ QList<Finding> AboutName(const QString& name)
         findings.append({"not-shown",
                          name,
                          {},
-                         {"The panel's dialog does not show this file", "Диалог панели не покажет этот файл"},
-                         {"give it a name that ends with \".zip\" and begins with no dot",
-                          "дайте имя, которое кончается на «.zip» и не начинается с точки"}});
+                         Kit::tr("The panel's dialog does not show this file"),
+                         Kit::tr("give it a name that ends with \".zip\" and begins with no dot")});
     if (file.contains("firmware"))
         findings.append(
             {"firmware-in-name",
              name,
              {},
-             {"The panel does not make its extraction folder for an archive with \"firmware\" in its path, "
-              "and after a restart there is none: the waiting message stays on the screen for ever",
-              "Для архива с «firmware» в пути панель не создаёт папку распаковки, а после включения её нет: "
-              "сообщение об ожидании остаётся на экране навсегда"},
-             {"rename the archive", "переименуйте архив"}});
+             Kit::tr("The panel does not make its extraction folder for an archive with \"firmware\" in its path, "
+                     "and after a restart there is none: the waiting message stays on the screen for ever"),
+             Kit::tr("rename the archive")});
     return findings;
 }
 
@@ -176,14 +172,13 @@ Judgement JudgeArchive(const QString& path, const QString& name, const QList<con
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw Misuse{Filled("%1: cannot be read (%2); name a readable archive",
-                            "%1: не читается (%2); укажите читаемый архив", name, file.errorString())};
+        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable archive").arg(name, file.errorString()));
     const QTemporaryDir temporary(QDir::tempPath() + "/fwkit-XXXXXX");
     const QString folder = temporary.filePath("firmware");
     if (!temporary.isValid() || !QDir().mkdir(folder))
-        throw Misuse{Filled(
-            "%1: no folder can be made there to unpack in; set TMPDIR to one where files can be written",
-            "%1: там нельзя создать папку для распаковки; укажите в TMPDIR доступную для записи", QDir::tempPath())};
+        throw UsageError(
+            Kit::tr("%1: no folder can be made there to unpack in; set TMPDIR to one where files can be written")
+                .arg(QDir::tempPath()));
     const FirmwareArchive archive(path);
     const QList<ArchiveEntry>& entries = archive.Entries();
     Judgement judgement;
@@ -194,12 +189,11 @@ Judgement JudgeArchive(const QString& path, const QString& name, const QList<con
         judgement.findings = {Refused(name, culprit, !MayBeExtracted({culprit}, folder))};
     } else {
         RequireRoom(entries, name, folder);
-        progress.Tell({"Unpacking", "Распаковка"}, 0, 0);
+        progress.Tell(Kit::tr("Unpacking"), 0, 0);
         if (!archive.ExtractAll(folder))
-            throw Misuse{
-                Filled("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there",
-                       "%1: не распаковывается в %2 (нет места или слишком длинное имя); освободите место", name,
-                       QDir::tempPath())};
+            throw UsageError(
+                Kit::tr("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there")
+                    .arg(name, QDir::tempPath()));
         judgement = JudgeExtracted(entries, folder, name, devices, progress);
     }
     judgement.findings = AboutName(name) + judgement.findings;

@@ -47,6 +47,6 @@ struct Judgement
 inline constexpr char PanelFolder[] = "/tmp/firmware";
 
 /// Takes the archive `path` as the panel of each device would, in a folder that is removed again. Findings call it
-/// `name`. Throws Misuse when that cannot be tried.
+/// `name`. Throws UsageError when that cannot be tried.
 Judgement JudgeArchive(const QString& path, const QString& name, const QList<const TDeviceRecord*>& devices,
                        Progress& progress);

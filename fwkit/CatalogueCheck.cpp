@@ -4,6 +4,7 @@
 #include "BinaryCommand.h"
 #include "CatalogueReader.h"
 #include "FirmwareFiles.h"
+#include "Kit.h"
 
 #include <QDir>
 #include <QHostAddress>
@@ -15,11 +16,6 @@ namespace {
 
 /// Modbus leaves an answer 252 bytes of data (MODBUS Application Protocol, 4.1), and two of them are its length.
 constexpr int MaxAnswer = 250;
-
-Words Both(const QString& text)
-{
-    return {text, text};
-}
 
 struct Module
 {
@@ -51,30 +47,29 @@ void CheckAddress(CatalogueReader& reader, const Module& module)
     QHostAddress ip;
     // The toolkit also takes shortened addresses such as "127.1".
     if (!ip.setAddress(board.Ip) || ip.protocol() != QHostAddress::IPv4Protocol || ip.toString() != board.Ip)
-        reader.Report(module.spot, "Ip", "bad-ip", {Both(Shortened(board.Ip))});
+        reader.Report(module.spot, "Ip", "bad-ip", {Shortened(board.Ip)});
     if (board.Port < 1 || board.Port > 65535)
-        reader.Report(module.spot, "Port", "bad-port", {Both(QString::number(board.Port))});
+        reader.Report(module.spot, "Port", "bad-port", {QString::number(board.Port)});
     if (!module.spot.values.contains("MBAddr"))
         reader.Report(module.spot, "MBAddr", "no-number");
     else if (board.MBAddr != quint8(board.MBAddr))
-        reader.Report(module.spot, "MBAddr", "bad-unit", {Both(QString::number(board.MBAddr))});
+        reader.Report(module.spot, "MBAddr", "bad-unit", {QString::number(board.MBAddr)});
 }
 
 void CheckProcessor(CatalogueReader& reader, const Module& module)
 {
     const int processor = module.board.IdCPU;
     const quint16 finish = FinishCommand(processor);
-    const auto become = [&](const Words& command) {
-        reader.Report(module.spot, "IdCPU", "finish-is-command",
-                      {Both(QString::number(finish, 16).toUpper()), command});
+    const auto become = [&](const QString& command) {
+        reader.Report(module.spot, "IdCPU", "finish-is-command", {QString::number(finish, 16).toUpper(), command});
     };
     const QString longestAnswer = QString("VER") + QString(" 1").repeated((MaxAnswer - 3) / 2);
     if (finish == CmdReadValue)
-        become({"which reads a value", "чтением значения"});
+        become(Kit::tr("which reads a value"));
     else if (finish == CmdWriteBlock)
-        become({"which writes a block", "записью блока"});
+        become(Kit::tr("which writes a block"));
     else if (finish == CmdImageCrc)
-        become({"which sends a checksum", "посылкой контрольной суммы"});
+        become(Kit::tr("which sends a checksum"));
     else if (finish == CmdFinish && processor != 0)
         reader.Report(module.spot, "IdCPU", "finish-unanswered");
     else if (!VersionIn(longestAnswer, processor))
@@ -99,7 +94,7 @@ void CheckFolder(CatalogueReader& reader, const Module& module)
     const TBoardRecord& board = module.board;
     const QString source = ProgramSource(board);
     const auto report = [&](const QString& kind, const QString& text = {}) {
-        reader.Report(module.spot, "Folder", kind, {Both(Shortened(text))});
+        reader.Report(module.spot, "Folder", kind, text.isEmpty() ? QStringList() : QStringList{Shortened(text)});
     };
     if (board.Folder.isEmpty())
         report("no-folder");
@@ -155,7 +150,7 @@ void CheckFiles(CatalogueReader& reader, const Module& first, const Module& seco
     const Module& taker = later ? second : first;
     const Module& owner = later ? first : second;
     reader.Report(taker.spot, taker.board.IsProgram() ? "File" : "MBAddr", "file-fits-another",
-                  {Both(Shortened(SampleEntry(owner))), Both(owner.spot.path)});
+                  {Shortened(SampleEntry(owner)), owner.spot.path});
 }
 
 /// Two modules, the first of them earlier in the text.
@@ -166,9 +161,9 @@ void CheckPair(CatalogueReader& reader, const Module& first, const Module& secon
     const bool areBoards = !first.board.IsProgram() && !second.board.IsProgram();
     if (inOneDevice && areBoards && first.SharesUnitWith(second)) {
         if (first.board.IdCPU == second.board.IdCPU)
-            return reader.Report(second.spot, "IdCPU", "same-board", {Both(first.spot.path)});
+            return reader.Report(second.spot, "IdCPU", "same-board", {first.spot.path});
         if (first.board.Type != second.board.Type)
-            reader.Report(second.spot, "Type", "two-types", {Both(first.spot.path)});
+            reader.Report(second.spot, "Type", "two-types", {first.spot.path});
     }
     const bool isSharedProgram = first.board.Folder == second.board.Folder && first.board.File == second.board.File;
     // One program may well belong to two instruments; boards of two are told apart by their IdDev.
@@ -185,11 +180,10 @@ void CheckSearch(CatalogueReader& reader, const QList<Module>& modules)
         const auto earlier = std::find_if(modules.begin(), modules.end(), hides);
         if (!later.board.Main || later.board.Type.isEmpty() || earlier == modules.end())
             continue;
-        const Words never{"this instrument is never found", "этот прибор никогда не будет найден"};
-        const Words sometimes{"this instrument is found only while that board does not answer",
-                              "этот прибор найдут, только пока та плата не отвечает"};
+        const QString never = Kit::tr("this instrument is never found");
+        const QString sometimes = Kit::tr("this instrument is found only while that board does not answer");
         reader.Report(later.spot, "Type", "same-type",
-                      {Both(earlier->spot.path), earlier->SharesUnitWith(later) ? never : sometimes});
+                      {earlier->spot.path, earlier->SharesUnitWith(later) ? never : sometimes});
     }
 }
 
@@ -213,7 +207,7 @@ void CheckBetweenDevices(CatalogueReader& reader, const TAppConfigStruct& catalo
         for (int e = 0; e < d; ++e) {
             const bool areObjects = devices[d].isObject && devices[e].isObject;
             if (areObjects && catalogue.Devices[d].IdDev == catalogue.Devices[e].IdDev)
-                reader.Report(devices[d], "IdDev", "same-device-id", {Both(devices[e].path)});
+                reader.Report(devices[d], "IdDev", "same-device-id", {devices[e].path});
         }
     }
 }

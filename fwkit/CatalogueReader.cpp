@@ -2,6 +2,7 @@
 
 #include "AppConfig.h"
 #include "CatalogueWords.h"
+#include "Kit.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -41,14 +42,21 @@ constexpr Field Fields[] = {
     {CatalogueReader::Board, "Folder", Type::Text},
 };
 
-/// Behind the value: the type's name, what the panel reads instead, what to write. In the order of Type.
-const QList<Words> TypeWords[] = {
-    {{"text", "текст"}, {"\"\"", "«»"}, {"a text in quotes", "текст в кавычках"}},
-    {{"whole number of 32 bits", "целое число в 32 бита"},
-     {"0", "0"},
-     {"a whole number without quotes", "целое число без кавычек"}},
-    {{"flag", "признак"}, {"false", "false"}, {"true or false", "true или false"}},
-    {{"list", "список"}, {"an empty list", "пустой список"}, {"a list in [ ]", "список в [ ]"}},
+struct TypeTexts
+{
+    const char* name;
+    const char* readInstead;
+    const char* remedy;
+};
+
+/// In the order of Type.
+constexpr TypeTexts Texts[] = {
+    {QT_TRANSLATE_NOOP("Kit", "text"), QT_TRANSLATE_NOOP("Kit", "\"\""), QT_TRANSLATE_NOOP("Kit", "a text in quotes")},
+    {QT_TRANSLATE_NOOP("Kit", "whole number of 32 bits"), "0",
+     QT_TRANSLATE_NOOP("Kit", "a whole number without quotes")},
+    {QT_TRANSLATE_NOOP("Kit", "flag"), "false", QT_TRANSLATE_NOOP("Kit", "true or false")},
+    {QT_TRANSLATE_NOOP("Kit", "list"), QT_TRANSLATE_NOOP("Kit", "an empty list"),
+     QT_TRANSLATE_NOOP("Kit", "a list in [ ]")},
 };
 
 /// Whether the panel's own reading of the value keeps it.
@@ -86,20 +94,19 @@ int Distance(const QString& a, const QString& b)
     return row.last();
 }
 
-Words RemedyForKey(const QString& key, CatalogueReader::Level level)
+QString RemedyForKey(const QString& key, CatalogueReader::Level level)
 {
-    static const Words Homes[] = {{"it belongs at the top", "его место наверху"},
-                                  {"it belongs in a device", "его место в приборе"},
-                                  {"it belongs in a board", "его место в модуле"}};
+    const QString homes[] = {Kit::tr("it belongs at the top"), Kit::tr("it belongs in a device"),
+                             Kit::tr("it belongs in a board")};
     int nearest = MaxDistance + 1;
-    Words remedy{"remove it", "уберите его"};
+    QString remedy = Kit::tr("remove it");
     for (const Field& field : Fields) {
         if (field.level != level && key == field.key)
-            remedy = Homes[field.level];
+            remedy = homes[field.level];
         if (field.level != level || key.size() > MaxShown || Distance(key, field.key) >= nearest)
             continue;
         nearest = Distance(key, field.key);
-        remedy = {QString("write \"%1\"").arg(field.key), QString("напишите «%1»").arg(field.key)};
+        remedy = Kit::tr("write \"%1\"").arg(field.key);
     }
     return remedy;
 }
@@ -107,11 +114,6 @@ Words RemedyForKey(const QString& key, CatalogueReader::Level level)
 QString Join(const QString& path, const QString& key)
 {
     return path.isEmpty() ? Shortened(key) : path + '.' + Shortened(key);
-}
-
-Words Both(const QString& text)
-{
-    return {text, text};
 }
 
 } // namespace
@@ -134,7 +136,7 @@ std::optional<JsonSpot> CatalogueReader::Top()
     QJsonParseError fault;
     const QJsonDocument document = QJsonDocument::fromJson(m_text, &fault);
     if (fault.error != QJsonParseError::NoError) {
-        Add(JsonFaultOffset(m_text, fault), {}, "not-json", {Both(fault.errorString())});
+        Add(JsonFaultOffset(m_text, fault), {}, "not-json", {fault.errorString()});
         return std::nullopt;
     }
     const QJsonValue value = document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
@@ -158,11 +160,9 @@ JsonSpot CatalogueReader::Enter(qsizetype offset, const QString& path, const QJs
         CheckKeys(spot, level);
         CheckTypes(spot, level);
     } else if (level == Catalogue) {
-        Add(offset, path, "no-object", {{"the panel finds no instrument", "панель не найдёт ни одного прибора"}});
+        Add(offset, path, "no-object", {Kit::tr("the panel finds no instrument")});
     } else {
-        Add(offset, path, "no-object",
-            {{"it takes its place all the same, with all values empty or 0",
-              "он всё равно занимает место, все значения пусты или 0"}});
+        Add(offset, path, "no-object", {Kit::tr("it takes its place all the same, with all values empty or 0")});
     }
     return spot;
 }
@@ -176,9 +176,9 @@ void CatalogueReader::CheckKeys(JsonSpot& spot, Level level)
         const bool isKnown = std::any_of(std::begin(Fields), std::end(Fields), isThis)
                              || (level == Catalogue && member.key == "$schema");
         if (!isKnown)
-            Add(member.keyOffset, path, "unknown-key", {Both(Shortened(member.key)), RemedyForKey(member.key, level)});
+            Add(member.keyOffset, path, "unknown-key", {Shortened(member.key)}, RemedyForKey(member.key, level));
         if (spot.values.contains(member.key))
-            Add(member.keyOffset, path, "duplicate-key", {Both(Shortened(member.key))});
+            Add(member.keyOffset, path, "duplicate-key", {Shortened(member.key)});
         spot.values[member.key] = member.offset;
     }
 }
@@ -191,7 +191,9 @@ void CatalogueReader::CheckTypes(JsonSpot& spot, Level level)
             continue;
         const QByteArray list = QJsonDocument(QJsonArray{spot.object.value(key)}).toJson(QJsonDocument::Compact);
         const QString value = Shortened(QString::fromUtf8(list.mid(1, list.size() - 2)));
-        Report(spot, key, "wrong-type", QList<Words>{Both(value)} + TypeWords[int(field.type)]);
+        const TypeTexts& texts = Texts[int(field.type)];
+        Report(spot, key, "wrong-type", {value, Kit::tr(texts.name), Kit::tr(texts.readInstead)},
+               Kit::tr(texts.remedy));
         spot.wrong.insert(key);
     }
 }
@@ -207,23 +209,25 @@ QList<JsonSpot> CatalogueReader::Elements(const JsonSpot& parent, const QString&
         elements.append(Enter(members.at(i).offset, path(i), list.at(i), level));
     if (list.size() > most)
         Add(members.at(most).offset, path(most), "too-many",
-            {Both(QString::number(most)), Both(QString::number(list.size() - most))});
+            {QString::number(most), QString::number(list.size() - most)});
     return elements;
 }
 
-void CatalogueReader::Report(const JsonSpot& spot, const QString& key, const QString& kind, const QList<Words>& args)
+void CatalogueReader::Report(const JsonSpot& spot, const QString& key, const QString& kind, const QStringList& args,
+                             const QString& remedyArg)
 {
     if (!spot.wrong.contains(key))
-        Add(spot.values.value(key, spot.offset), Join(spot.path, key), kind, args);
+        Add(spot.values.value(key, spot.offset), Join(spot.path, key), kind, args, remedyArg);
 }
 
-void CatalogueReader::Add(qsizetype offset, const QString& path, const QString& kind, const QList<Words>& args)
+void CatalogueReader::Add(qsizetype offset, const QString& path, const QString& kind, const QStringList& args,
+                          const QString& remedyArg)
 {
     if (++m_counts[kind] > CatalogueReport::MaxOfKind) {
         ++m_omitted;
         return;
     }
-    Finding finding = CatalogueFinding(kind, args);
+    Finding finding = CatalogueFinding(kind, args, remedyArg);
     finding.file = m_file;
     finding.place = LineAndColumn(m_text, offset) + (path.isEmpty() ? QString() : ": " + path);
     m_findings.emplace(offset, finding);

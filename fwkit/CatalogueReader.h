@@ -38,12 +38,14 @@ public:
     QList<JsonSpot> Elements(const JsonSpot& parent, const QString& key, Level level);
     /// Reports `kind` at the value of `key`, or at the object when it has no such key. A value of the wrong type has
     /// been reported already, and nothing more is said about it.
-    void Report(const JsonSpot& spot, const QString& key, const QString& kind, const QList<Words>& args = {});
+    void Report(const JsonSpot& spot, const QString& key, const QString& kind, const QStringList& args = {},
+                const QString& remedyArg = {});
     /// Findings alone; the counts of devices and modules are the caller's.
     CatalogueReport Result() const;
 
 private:
-    void Add(qsizetype offset, const QString& path, const QString& kind, const QList<Words>& args);
+    void Add(qsizetype offset, const QString& path, const QString& kind, const QStringList& args,
+             const QString& remedyArg = {});
     JsonSpot Enter(qsizetype offset, const QString& path, const QJsonValue& value, Level level);
     void CheckKeys(JsonSpot& spot, Level level);
     void CheckTypes(JsonSpot& spot, Level level);

@@ -2,10 +2,10 @@
 
 #include "Finding.h"
 
-#include <QList>
+#include <QStringList>
 
-/// The finding of `kind`, its texts filled with `args` (%1, %2, ... in each); file and place are left empty. An
-/// unknown kind stops the program.
-Finding CatalogueFinding(const QString& kind, const QList<Words>& args);
+/// The finding of `kind`, its effect filled with `args`, its remedy with `remedyArg`; file and place are left empty.
+/// An unknown kind stops the program.
+Finding CatalogueFinding(const QString& kind, const QStringList& args, const QString& remedyArg);
 /// Every kind there is.
 QStringList CatalogueKinds();

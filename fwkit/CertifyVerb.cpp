@@ -12,7 +12,7 @@ namespace {
 
 constexpr char CertificateEnd[] = ".sha256";
 
-/// The files to certify. Throws Misuse before any is touched.
+/// The files to certify. Throws UsageError before any is touched.
 QStringList Files(const QStringList& arguments)
 {
     QStringList files;
@@ -21,8 +21,7 @@ QStringList Files(const QStringList& arguments)
         if (info.isDir()) {
             const InputFiles found = FilesBelow(info.filePath());
             for (const InputFiles::LeftOut& left : found.leftOut)
-                Print(Printable(left.path) + ": " + Say({"left out", "пропущен"}) + " (" + Say(Reason(left.why))
-                      + ")\n");
+                Print(Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ")\n");
             for (const QString& file : found.files) {
                 if (!file.contains(CertificateEnd))
                     files.append(info.filePath() + '/' + file);
@@ -30,12 +29,11 @@ QStringList Files(const QStringList& arguments)
             continue;
         }
         if (!info.isFile())
-            throw Misuse{Filled("%1: no such file or folder; name what is to be certified",
-                                "%1: нет такого файла или папки; укажите, что сертифицировать", argument)};
+            throw UsageError(Kit::tr("%1: no such file or folder; name what is to be certified").arg(argument));
         if (info.fileName().contains(CertificateEnd) || IsPassingName(info.fileName()))
-            throw Misuse{Filled("%1: a certificate, hidden or temporary file gets no certificate; name the file itself",
-                                "%1: сертификат, скрытый или временный файл не сертифицируется; укажите сам файл",
-                                argument)};
+            throw UsageError(
+                Kit::tr("%1: a certificate, hidden or temporary file gets no certificate; name the file itself")
+                    .arg(argument));
         files.append(info.filePath());
     }
     return files;
@@ -44,22 +42,21 @@ QStringList Files(const QStringList& arguments)
 Status Run(const QCommandLineParser& parser)
 {
     if (parser.positionalArguments().isEmpty())
-        throw Misuse{{"name the files or folders to certify", "укажите файлы или папки"}};
+        throw UsageError(Kit::tr("name the files or folders to certify"));
     const QStringList files = Files(parser.positionalArguments());
     qsizetype written = 0;
     {
         Progress progress;
         for (qsizetype i = 0; i < files.size(); ++i) {
-            progress.Tell({"Certifying", "Сертификаты"}, i, files.size());
+            progress.Tell(Kit::tr("Certifying"), i, files.size());
             if (CertifyFile(files[i]) == Certified::Unchanged)
                 continue;
             ++written;
-            Print(Printable(files[i]) + CertificateEnd + ": " + Say({"written", "записан"}) + '\n');
+            Print(Printable(files[i]) + CertificateEnd + ": " + Kit::tr("written") + '\n');
         }
     }
-    Print(
-        Say(Filled("%1 certificates written, %2 were right already.\n", "Записано сертификатов: %1; уже верных: %2.\n",
-                   QString::number(written), QString::number(files.size() - written))));
+    Print(Kit::tr("%1 certificates written, %2 were right already.\n")
+              .arg(QString::number(written), QString::number(files.size() - written)));
     return Fine;
 }
 
@@ -68,9 +65,6 @@ Status Run(const QCommandLineParser& parser)
 Verb CertifyVerb()
 {
     return {"certify",
-            {"Writes the certificate of each file beside it: its SHA-256 as 32 raw bytes in FILE.sha256.",
-             "Записывает рядом с каждым файлом его сертификат: SHA-256 в виде 32 байт в FILE.sha256."},
-            {"FILE|FOLDER...", "FILE|FOLDER..."},
-            [](QCommandLineParser&) {},
-            Run};
+            Kit::tr("Writes the certificate of each file beside it: its SHA-256 as 32 raw bytes in FILE.sha256."),
+            "FILE|FOLDER...", [](QCommandLineParser&) {}, Run};
 }

@@ -17,7 +17,7 @@ struct Judged
     CatalogueReport report;
 };
 
-/// Throws Misuse.
+/// Throws UsageError.
 QByteArray ReadText(const QString& path)
 {
     QFile file(path);
@@ -26,11 +26,9 @@ QByteArray ReadText(const QString& path)
     if (file.open(QIODevice::ReadOnly | QIODevice::Text))
         text = file.read(MaxFileSize + 1);
     if (file.error() != QFile::NoError)
-        throw Misuse{{path + ": cannot be read (" + file.errorString() + "); name a readable catalogue",
-                      path + ": не читается (" + file.errorString() + "); назовите каталог, который читается"}};
+        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable catalogue").arg(path, file.errorString()));
     if (text.size() > MaxFileSize)
-        throw Misuse{{path + QString(": over %1 bytes; name a catalogue").arg(MaxFileSize),
-                      path + QString(": больше %1 байт; назовите каталог").arg(MaxFileSize)}};
+        throw UsageError(Kit::tr("%1: over %2 bytes; name a catalogue").arg(path, QString::number(MaxFileSize)));
     return text;
 }
 
@@ -41,16 +39,15 @@ QString AsText(const Judged& judged)
     QString text;
     // As compilers write it, so that editors lead to the place.
     for (const Finding& finding : report.findings)
-        text += Printable(file + ':' + finding.place + ": " + Say(finding.effect) + "; " + Say(finding.remedy) + " ["
+        text += Printable(file + ':' + finding.place + ": " + finding.effect + "; " + finding.remedy + " ["
                           + finding.kind + ']')
                 + '\n';
     if (report.omitted > 0)
-        text += file + ": " + Say({"%1 more of these kinds", "и ещё %1 того же вида"}).arg(report.omitted) + '\n';
+        text += file + ": " + Kit::tr("%1 more of these kinds").arg(report.omitted) + '\n';
     const QString count = report.findings.isEmpty()
-                              ? Say({"fine", "всё в порядке"})
-                              : Say({"findings: %1", "замечаний: %1"}).arg(report.findings.size() + report.omitted);
-    return text + file + ": " + count
-           + Say({", devices: %1, modules: %2", ", приборов: %1, модулей: %2"}).arg(report.devices).arg(report.modules)
+                              ? Kit::tr("fine")
+                              : Kit::tr("findings: %1").arg(report.findings.size() + report.omitted);
+    return text + file + ": " + count + Kit::tr(", devices: %1, modules: %2").arg(report.devices).arg(report.modules)
            + '\n';
 }
 
@@ -69,8 +66,8 @@ QJsonObject AsJson(const QList<Judged>& all)
                                         {"line", finding.place.section(':', 0, 0).toInt()},
                                         {"column", finding.place.section(':', 1, 1).toInt()},
                                         {"path", finding.place.section(": ", 1)},
-                                        {"effect", Say(finding.effect)},
-                                        {"remedy", Say(finding.remedy)}});
+                                        {"effect", finding.effect},
+                                        {"remedy", finding.remedy}});
     }
     return {{"catalogues", catalogues}, {"findings", findings}, {"omitted", omitted}};
 }
@@ -80,8 +77,7 @@ Status Run(const QCommandLineParser& parser)
     QList<Judged> all;
     const QStringList files = parser.positionalArguments();
     if (files.isEmpty())
-        throw Misuse{
-            {"no catalogue; name at least one updater.json", "нет каталога; назовите хотя бы один updater.json"}};
+        throw UsageError(Kit::tr("no catalogue; name at least one updater.json"));
     QString text;
     bool isFine = true;
     for (const QString& file : files) {
@@ -97,11 +93,9 @@ Status Run(const QCommandLineParser& parser)
 
 Verb CheckVerb()
 {
-    return {"check",
-            {"Tells what the panel would make of a catalogue.", "Говорит, что панель сделает из каталога."},
-            {"updater.json...", "updater.json..."},
+    return {"check", Kit::tr("Tells what the panel would make of a catalogue."), "updater.json...",
             [](QCommandLineParser& parser) {
-                parser.addOption({"json", Say({"Write one JSON object.", "Вывести один объект JSON."})});
+                parser.addOption({"json", Kit::tr("Write one JSON object.")});
             },
             Run};
 }

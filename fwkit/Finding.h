@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Words.h"
+#include <QString>
 
 /// One thing that would go wrong on the panel.
 struct Finding
 {
-    QString kind;  ///< stable name for scripts, as "wrong-type"
-    QString file;  ///< as the user named it
-    QString place; ///< inside the file, as "14:9: Devices[0].Boards[2].Port"; empty for the file as a whole
-    Words effect;  ///< what happens on the panel
-    Words remedy;
+    QString kind;   ///< stable name for scripts, as "wrong-type"
+    QString file;   ///< as the user named it
+    QString place;  ///< inside the file, as "14:9: Devices[0].Boards[2].Port"; empty for the file as a whole
+    QString effect; ///< what happens on the panel
+    QString remedy;
 };

@@ -1,6 +1,6 @@
 #include "InputFiles.h"
 
-#include "Misuse.h"
+#include "UsageError.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -42,8 +42,8 @@ InputFiles FilesBelow(const QString& folder)
         const QString below = open.takeLast();
         const QDir dir(folder + '/' + below);
         if (!QFileInfo(dir.path()).isReadable() || !QFileInfo(dir.path()).isExecutable())
-            throw Misuse{Filled("%1: the folder cannot be listed; give yourself the right to read it",
-                                "%1: папку нельзя просмотреть; дайте себе право на чтение", dir.path())};
+            throw UsageError(
+                Kit::tr("%1: the folder cannot be listed; give yourself the right to read it").arg(dir.path()));
         for (const QFileInfo& info :
              dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort)) {
             const QString path = below + info.fileName();
@@ -65,17 +65,17 @@ bool IsPassingName(const QString& name)
     return name.startsWith('.') || IsTemporary(name);
 }
 
-Words Reason(InputFiles::Why why)
+QString Reason(InputFiles::Why why)
 {
     switch (why) {
     case InputFiles::Why::Hidden:
-        return {"hidden", "скрытый"};
+        return Kit::tr("hidden");
     case InputFiles::Why::Temporary:
-        return {"temporary", "временный"};
+        return Kit::tr("temporary");
     case InputFiles::Why::LeadsOutside:
-        return {"a link out of the folder or to a folder", "ссылка наружу или на папку"};
+        return Kit::tr("a link out of the folder or to a folder");
     case InputFiles::Why::NoFile:
-        return {"no regular file", "не обычный файл"};
+        return Kit::tr("no regular file");
     }
     return {};
 }

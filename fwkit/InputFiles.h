@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Words.h"
-
 #include <QList>
 #include <QStringList>
 
@@ -18,9 +16,9 @@ struct InputFiles
     QList<LeftOut> leftOut;
 };
 
-/// Regular files at every depth. Links are followed to files inside of the folder only. Throws Misuse when a folder
+/// Regular files at every depth. Links are followed to files inside of the folder only. Throws UsageError when a folder
 /// cannot be listed.
 InputFiles FilesBelow(const QString& folder);
 /// Hidden, or with a name that editors and downloads give to what is not finished.
 bool IsPassingName(const QString& name);
-Words Reason(InputFiles::Why why);
+QString Reason(InputFiles::Why why);

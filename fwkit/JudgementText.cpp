@@ -1,49 +1,50 @@
 #include "JudgementText.h"
 
+#include "Kit.h"
 #include "Report.h"
 
 #include <QJsonArray>
 
 namespace {
 
-Words Verdict(const std::optional<Certificate>& certificate)
+/// Empty without a certificate; a script gets it untranslated.
+const char* Verdict(const std::optional<Certificate>& certificate)
 {
     if (!certificate)
-        return {};
+        return "";
     switch (*certificate) {
     case Certificate::Missing:
-        return {"missing", "нет"};
+        return QT_TRANSLATE_NOOP("Kit", "missing");
     case Certificate::Different:
-        return {"different", "другой"};
+        return QT_TRANSLATE_NOOP("Kit", "different");
     case Certificate::Matches:
-        return {"matches", "верен"};
+        return QT_TRANSLATE_NOOP("Kit", "matches");
     }
-    return {};
+    return "";
 }
 
 QString TableOf(const DeviceReport& device)
 {
-    QList<QStringList> rows{{Say({"MODULE", "МОДУЛЬ"}), Say({"FILE", "ФАЙЛ"}), Say({"NEW VERSION", "НОВАЯ ВЕРСИЯ"}),
-                             Say({"CERTIFICATE", "СЕРТИФИКАТ"})}};
+    QList<QStringList> rows{{Kit::tr("MODULE"), Kit::tr("FILE"), Kit::tr("NEW VERSION"), Kit::tr("CERTIFICATE")}};
     for (const ModuleReport& module : device.modules)
         rows.append({module.name, module.entry.isEmpty() ? "-" : module.entry,
-                     module.version.isEmpty() ? "-" : module.version, Say(Verdict(module.certificate))});
+                     module.version.isEmpty() ? "-" : module.version, Kit::tr(Verdict(module.certificate))});
     return TableOf(rows);
 }
 
 QString BoxesOf(const DeviceReport& device)
 {
     if (device.boxes.isEmpty())
-        return Say({"The operator sees no box.\n", "Оператор не увидит ни одного окна.\n"});
-    QString text = Say({"Boxes that the operator sees:\n", "Окна, которые увидит оператор:\n"});
+        return Kit::tr("The operator sees no box.\n");
+    QString text = Kit::tr("Boxes that the operator sees:\n");
     for (const BoxReport& box : device.boxes)
         text += QString("  %1 x  [%2] %3\n").arg(QString::number(box.times), box.box.title, Printable(box.box.text));
     return text;
 }
 
-QString LinesOf(const QList<Finding>& findings, const Words& heading)
+QString LinesOf(const QList<Finding>& findings, const QString& heading)
 {
-    QString text = findings.isEmpty() ? QString() : Say(heading) + '\n';
+    QString text = findings.isEmpty() ? QString() : heading + '\n';
     for (const Finding& finding : findings)
         text += "  " + LineOf(finding) + '\n';
     return text;
@@ -64,7 +65,7 @@ QJsonObject JsonOf(const DeviceReport& device)
         modules.append(QJsonObject{{"name", module.name},
                                    {"file", module.entry},
                                    {"version", module.version},
-                                   {"certificate", Verdict(module.certificate).en}});
+                                   {"certificate", Verdict(module.certificate)}});
     QJsonArray boxes;
     for (const BoxReport& box : device.boxes)
         boxes.append(QJsonObject{{"title", box.box.title}, {"text", box.box.text}, {"times", box.times}});
@@ -79,8 +80,7 @@ QString TextOf(const Judgement& judgement, const QString& archive)
     for (const DeviceReport& device : judgement.devices)
         text += Printable(QString("%1 -> %2 (%3)").arg(archive, device.name, QString::number(device.idDev))) + "\n\n"
                 + TableOf(device) + '\n' + BoxesOf(device) + '\n';
-    return text + LinesOf(judgement.findings, {"Findings:", "Найдено:"})
-           + LinesOf(judgement.notes, {"Notes:", "Замечания:"});
+    return text + LinesOf(judgement.findings, Kit::tr("Findings:")) + LinesOf(judgement.notes, Kit::tr("Notes:"));
 }
 
 QJsonObject JsonOf(const Judgement& judgement, const QString& archive)

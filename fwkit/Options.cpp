@@ -1,28 +1,28 @@
 #include "Options.h"
 
-#include "Misuse.h"
+#include "UsageError.h"
 
 #include <QCommandLineParser>
 
 void AddCatalogueOption(QCommandLineParser& parser)
 {
-    parser.addOption({"catalogue", Say({"The device catalogue.", "Каталог приборов."}), "updater.json"});
+    parser.addOption({"catalogue", Kit::tr("The device catalogue."), "updater.json"});
 }
 
 void AddDeviceOption(QCommandLineParser& parser)
 {
-    parser.addOption({"device", Say({"The instrument's IdDev in the catalogue.", "IdDev прибора в каталоге."}), "ID"});
+    parser.addOption({"device", Kit::tr("The instrument's IdDev in the catalogue."), "ID"});
 }
 
 void AddJsonOption(QCommandLineParser& parser)
 {
-    parser.addOption({"json", Say({"Writes JSON for a script.", "Пишет JSON для сценариев."})});
+    parser.addOption({"json", Kit::tr("Writes JSON for a script.")});
 }
 
 QString Required(const QCommandLineParser& parser, const QString& option)
 {
     const QString value = parser.value(option);
     if (value.isEmpty())
-        throw Misuse{Filled("--%1 is missing; it must be given", "нет --%1; этот ключ обязателен", option)};
+        throw UsageError(Kit::tr("--%1 is missing; it must be given").arg(option));
     return value;
 }

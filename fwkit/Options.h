@@ -8,5 +8,5 @@ void AddCatalogueOption(QCommandLineParser& parser);
 void AddDeviceOption(QCommandLineParser& parser);
 void AddJsonOption(QCommandLineParser& parser);
 
-/// The option's value; throws Misuse when it is not given.
+/// The option's value; throws UsageError when it is not given.
 QString Required(const QCommandLineParser& parser, const QString& option);

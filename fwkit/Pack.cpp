@@ -1,9 +1,9 @@
 #include "Pack.h"
 
 #include "FirmwareArchive.h"
-#include "Misuse.h"
 #include "PackPlan.h"
 #include "Progress.h"
+#include "UsageError.h"
 #include "ZipFile.h"
 
 #include <QDir>
@@ -23,8 +23,7 @@ QString Target(const QString& output)
 {
     const QFileInfo info(output);
     if ((info.exists() && !info.isFile()) || (info.isSymLink() && !info.exists()))
-        throw Misuse{Filled("%1: is no regular file; choose another --output", //
-                            "%1: не обычный файл; смените --output", output)};
+        throw UsageError(Kit::tr("%1: is no regular file; choose another --output").arg(output));
     return info.isSymLink() ? info.canonicalFilePath() : info.absoluteFilePath();
 }
 
@@ -32,8 +31,7 @@ QByteArray Digest(const PackFile& file)
 {
     const FileDigest digest = ReadDigest(file.source);
     if (digest.sha256.isEmpty())
-        throw Misuse{Filled("%1: cannot be read to its end; give a readable file",
-                            "%1: не читается до конца; укажите читаемый файл", file.source)};
+        throw UsageError(Kit::tr("%1: cannot be read to its end; give a readable file").arg(file.source));
     return digest.sha256;
 }
 
@@ -45,15 +43,15 @@ QList<Finding> AboutOldCertificate(const PackFile& file, const QByteArray& diges
     return {{"wrong-certificate",
              file.source,
              {},
-             {"Its certificate on the disk is of another content", "Его сертификат на диске от другого содержимого"},
-             {"restore the file, or certify it anew", "восстановите файл или запишите сертификат заново"}}};
+             Kit::tr("Its certificate on the disk is of another content"),
+             Kit::tr("restore the file, or certify it anew")}};
 }
 
 QList<ZipItem> Items(const QList<PackFile>& files, QList<Finding>& findings, Progress& progress)
 {
     QList<ZipItem> items;
     for (qsizetype i = 0; i < files.size(); ++i) {
-        progress.Tell({"Certifying", "Сертификаты"}, i, files.size());
+        progress.Tell(Kit::tr("Certifying"), i, files.size());
         const QByteArray digest = Digest(files[i]);
         findings += AboutOldCertificate(files[i], digest);
         items.append({files[i].entry, files[i].source, {}, files[i].isExecutable});
@@ -84,8 +82,7 @@ void Publish(const QString& path, const QString& target, const QString& name)
     const bool isOnDisk = file.open(QIODevice::ReadWrite) && ::fsync(file.handle()) == 0;
     file.close();
     if (!isOnDisk || std::rename(QFile::encodeName(path).constData(), QFile::encodeName(target).constData()) != 0)
-        throw Misuse{Filled("%1: cannot be put in its place; choose another --output",
-                            "%1: не удаётся поставить на место; смените --output", name)};
+        throw UsageError(Kit::tr("%1: cannot be put in its place; choose another --output").arg(name));
 }
 
 } // namespace
@@ -100,9 +97,8 @@ PackResult Pack(const PackOrder& order, Progress& progress)
         return result;
     const QTemporaryDir beside(QFileInfo(target).path() + "/.fwkit-XXXXXX");
     if (!beside.isValid())
-        throw Misuse{Filled("%1: its folder takes no files (%2); choose another --output",
-                            "%1: в его папку нельзя писать (%2); смените --output", order.output,
-                            beside.errorString())};
+        throw UsageError(Kit::tr("%1: its folder takes no files (%2); choose another --output")
+                             .arg(order.output, beside.errorString()));
     const QString written = beside.filePath("archive.zip");
     WriteZipFile(written, order.output, items, progress);
     result.judgement = JudgeArchive(written, order.output, order.devices, progress);

@@ -22,5 +22,5 @@ struct PackResult
 
 /// Makes the archive of which the devices' panels take every file without a box: images on top, program modules in
 /// their folders, a certificate for each file. The output comes into being in one step, after it was tried. Throws
-/// Misuse.
+/// UsageError.
 PackResult Pack(const PackOrder& order, Progress& progress);

@@ -2,7 +2,7 @@
 
 #include "FirmwareArchive.h"
 #include "FirmwareFiles.h"
-#include "Misuse.h"
+#include "UsageError.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -60,8 +60,7 @@ QList<Input> InputsOf(const QStringList& names, QList<InputFiles::LeftOut>& left
     for (const QString& name : names) {
         const QFileInfo info(QDir::cleanPath(name));
         if (!info.isDir() && !info.isFile())
-            throw Misuse{Filled("%1: no such file or folder; name what is to be packed",
-                                "%1: нет такого файла или папки; укажите, что упаковать", name)};
+            throw UsageError(Kit::tr("%1: no such file or folder; name what is to be packed").arg(name));
         if (info.isFile()) {
             inputs.append({info.filePath(), info.fileName()});
             continue;
@@ -94,19 +93,16 @@ public:
                             QFileInfo(input.path).permission(QFile::ExeOwner)};
         const auto there = m_sources.constFind(file.entry);
         if (!IsPlain(input.below))
-            Say("odd-name", file,
-                {"Its name has characters that not every system reads alike", //
-                 "В имени есть знаки, которые читаются не везде одинаково"},
-                {"rename it", "переименуйте"});
+            Report("odd-name", file, Kit::tr("Its name has characters that not every system reads alike"),
+                   Kit::tr("rename it"));
         else if (there != m_sources.cend() && *there != QFileInfo(input.path).canonicalFilePath())
-            Say("fight", file,
-                Filled("%1 has the same place in the archive", "%1 попадает в архив на то же место", *there),
-                {"pack one of them", "упакуйте один из них"});
+            Report("fight", file, Kit::tr("%1 has the same place in the archive").arg(*there),
+                   Kit::tr("pack one of them"));
         else if (QFileInfo(input.path).size() > FirmwareArchive::LargestEntry)
-            Say("too-large", file,
-                Filled("The panel unpacks no file over %1 bytes", "Панель не распаковывает файлы больше %1 байт",
-                       QString::number(FirmwareArchive::LargestEntry)),
-                {"make it smaller", "уменьшите его"});
+            Report(
+                "too-large", file,
+                Kit::tr("The panel unpacks no file over %1 bytes").arg(QString::number(FirmwareArchive::LargestEntry)),
+                Kit::tr("make it smaller"));
         else if (there == m_sources.cend())
             m_plan.files.append(file);
         m_sources.insert(file.entry, QFileInfo(input.path).canonicalFilePath());
@@ -116,16 +112,15 @@ public:
     void AddCertificate(const Input& input, const QSet<QString>& files)
     {
         if (!files.contains(input.path.chopped(qsizetype(sizeof CertificateEnd) - 1)))
-            Say("never-looked-at", {{}, input.path},
-                {"It is a certificate without its file", "Это сертификат без своего файла"},
-                {"add the file, or leave it out", "добавьте сам файл или уберите сертификат"});
+            Report("never-looked-at", {{}, input.path}, Kit::tr("It is a certificate without its file"),
+                   Kit::tr("add the file, or leave it out"));
     }
 
     void AboutLeftOut(const QList<InputFiles::LeftOut>& leftOut)
     {
         for (const InputFiles::LeftOut& left : leftOut) {
             if (left.why == InputFiles::Why::LeadsOutside || left.why == InputFiles::Why::NoFile)
-                Say("no-file", {{}, left.path}, Reason(left.why), {"put the file itself there", "положите сам файл"});
+                Report("no-file", {{}, left.path}, Reason(left.why), Kit::tr("put the file itself there"));
             else
                 m_plan.leftOut.append(left);
         }
@@ -134,17 +129,15 @@ public:
     PackPlan Plan()
     {
         if (m_plan.files.size() * 2 > MostEntries || m_size > LargestArchive)
-            throw Misuse{Filled("%1 files with %2 bytes are too many for one archive; pack fewer",
-                                "%1 файлов в %2 байт слишком много для одного архива; упакуйте меньше",
-                                QString::number(m_plan.files.size()), QString::number(m_size))};
+            throw UsageError(Kit::tr("%1 files with %2 bytes are too many for one archive; pack fewer")
+                                 .arg(QString::number(m_plan.files.size()), QString::number(m_size)));
         if (m_plan.files.isEmpty() && m_plan.findings.isEmpty())
-            throw Misuse{{"the inputs hold no file to pack; name files or folders",
-                          "среди указанного нет файлов для упаковки; укажите файлы или папки"}};
+            throw UsageError(Kit::tr("the inputs hold no file to pack; name files or folders"));
         return m_plan;
     }
 
 private:
-    void Say(const char* kind, const PackFile& file, const Words& effect, const Words& remedy)
+    void Report(const char* kind, const PackFile& file, const QString& effect, const QString& remedy)
     {
         m_plan.findings.append({kind, file.source, {}, effect, remedy});
     }

@@ -20,5 +20,5 @@ struct PackPlan
 };
 
 /// Where each input goes: what lies in a folder called as a program module's Folder, or is called as its File, into
-/// that Folder; anything else on top. `output` is never an input. Throws Misuse.
+/// that Folder; anything else on top. `output` is never an input. Throws UsageError.
 PackPlan PlanPack(const QStringList& inputs, const QList<const TDeviceRecord*>& devices, const QString& output);

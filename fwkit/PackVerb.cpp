@@ -22,13 +22,11 @@ PackOrder ReadOrder(const QCommandLineParser& parser, const Selection& selection
 {
     const PackOrder order{selection.devices, parser.positionalArguments(), Required(parser, "output")};
     if (order.inputs.isEmpty())
-        throw Misuse{{"name the files or folders to pack", "укажите файлы или папки для упаковки"}};
+        throw UsageError(Kit::tr("name the files or folders to pack"));
     if (QFileInfo(order.output).absolutePath().contains("firmware"))
         TellOnStderr(
-            Say({"note: the folder's name contains \"firmware\"; from a folder with such a name the panel does "
-                 "not make its extraction folder",
-                 "замечание: в имени папки есть «firmware»; для архива из такой папки панель не создаёт папку "
-                 "распаковки"}));
+            Kit::tr("note: the folder's name contains \"firmware\"; from a folder with such a name the panel does "
+                    "not make its extraction folder"));
     return order;
 }
 
@@ -42,14 +40,14 @@ Status Run(const QCommandLineParser& parser)
         result = Pack(order, progress);
     }
     for (const InputFiles::LeftOut& left : result.leftOut)
-        TellOnStderr(Printable(left.path) + ": " + Say({"left out", "пропущен"}) + " (" + Say(Reason(left.why)) + ")");
+        TellOnStderr(Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ")");
     for (const Finding& finding : result.findings)
         TellOnStderr(LineOf(finding));
     if (!result.findings.isEmpty())
         return HasFindings;
     Print(TextOf(result.judgement, order.output)
-          + Say(Filled("%1: %2 files with their certificates.\n", "%1: файлов с сертификатами: %2.\n",
-                       Printable(order.output), QString::number(result.fileCount))));
+          + Kit::tr("%1: %2 files with their certificates.\n")
+                .arg(Printable(order.output), QString::number(result.fileCount)));
     return Fine;
 }
 
@@ -59,15 +57,14 @@ Verb PackVerb()
 {
     return {
         "pack",
-        {"Makes an archive that the instrument's panel takes without a box. Refuses, and writes nothing, when there "
-         "is none.",
-         "Собирает архив, который панель прибора принимает без единого окна. Если такой невозможен, отказывается и "
-         "ничего не пишет."},
-        {"FILE|FOLDER...", "FILE|FOLDER..."},
+        Kit::tr(
+            "Makes an archive that the instrument's panel takes without a box. Refuses, and writes nothing, when there "
+            "is none."),
+        "FILE|FOLDER...",
         [](QCommandLineParser& parser) {
             AddCatalogueOption(parser);
             AddDeviceOption(parser);
-            parser.addOption({"output", Say({"The archive to make.", "Архив, который будет собран."}), "FILE.zip"});
+            parser.addOption({"output", Kit::tr("The archive to make."), "FILE.zip"});
         },
         Run};
 }

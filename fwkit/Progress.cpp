@@ -26,9 +26,9 @@ Progress::~Progress()
         Write(WipeLine);
 }
 
-void Progress::Tell(const Words& work, qint64 done, qint64 total)
+void Progress::Tell(const QString& work, qint64 done, qint64 total)
 {
-    const QString text = m_isTerminal ? Say(work) : QString();
+    const QString text = m_isTerminal ? work : QString();
     if (!m_isTerminal || (text == m_work && m_shown.elapsed() < PauseMs))
         return;
     m_work = text;

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Words.h"
-
 #include <QElapsedTimer>
+#include <QString>
 
 /// Tells how far long work has got: one line on stderr that is rewritten and at last wiped off. Silent when stderr is
 /// no terminal.
@@ -14,7 +13,7 @@ public:
     Q_DISABLE_COPY_MOVE(Progress)
 
     /// `done` of `total`, in any unit.
-    void Tell(const Words& work, qint64 done, qint64 total);
+    void Tell(const QString& work, qint64 done, qint64 total);
 
 private:
     bool m_isTerminal;

@@ -33,7 +33,7 @@ QString Printable(const QString& text)
 QString LineOf(const Finding& finding)
 {
     QString line = finding.file;
-    for (const QString& part : {finding.place, Say(finding.effect) + "; " + Say(finding.remedy)}) {
+    for (const QString& part : {finding.place, finding.effect + "; " + finding.remedy}) {
         if (!part.isEmpty())
             line += ": " + part;
     }
@@ -69,8 +69,8 @@ QJsonObject JsonOf(const Finding& finding)
     return {{"kind", finding.kind},
             {"file", finding.file},
             {"place", finding.place},
-            {"effect", Say(finding.effect)},
-            {"remedy", Say(finding.remedy)}};
+            {"effect", finding.effect},
+            {"remedy", finding.remedy}};
 }
 
 QString JsonText(const QJsonObject& object)

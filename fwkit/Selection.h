@@ -14,5 +14,5 @@ struct Selection
 };
 
 /// Reads the catalogue as the panel does. `id` is an IdDev, which several devices may have in common; every device is
-/// meant when it is empty. Throws Misuse.
+/// meant when it is empty. Throws UsageError.
 Selection SelectDevices(const QString& path, const QString& id);

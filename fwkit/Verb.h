@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Misuse.h"
+#include "UsageError.h"
 
 class QCommandLineParser;
 
@@ -11,10 +11,10 @@ enum Status { Fine = 0, HasFindings = 1, IsMisused = 2 };
 struct Verb
 {
     QString name;
-    Words summary;   ///< one sentence
-    Words arguments; ///< the positional ones, as in a line of usage
+    QString summary;   ///< one sentence
+    QString arguments; ///< the positional ones, as in a line of usage
     void (*addOptions)(QCommandLineParser& parser);
-    /// Returns the exit status; throws Misuse.
+    /// Returns the exit status; throws UsageError.
     Status (*run)(const QCommandLineParser& parser);
 };
 

@@ -13,7 +13,7 @@ Status Run(const QCommandLineParser& parser)
 {
     const Selection selection = SelectDevices(Required(parser, "catalogue"), parser.value("device"));
     if (parser.positionalArguments().size() != 1)
-        throw Misuse{{"name one archive", "укажите один архив"}};
+        throw UsageError(Kit::tr("name one archive"));
     const QString archive = parser.positionalArguments().first();
     Judgement judgement;
     {
@@ -28,14 +28,14 @@ Status Run(const QCommandLineParser& parser)
 
 Verb VerifyVerb()
 {
-    return {"verify",
-            {"Shows what the panel would do with an archive: the file that each module would take, and every box.",
-             "Показывает, что панель сделает с архивом: какой файл возьмёт каждый модуль и все окна."},
-            {"FILE.zip", "FILE.zip"},
-            [](QCommandLineParser& parser) {
-                AddCatalogueOption(parser);
-                AddDeviceOption(parser);
-                AddJsonOption(parser);
-            },
-            Run};
+    return {
+        "verify",
+        Kit::tr("Shows what the panel would do with an archive: the file that each module would take, and every box."),
+        "FILE.zip",
+        [](QCommandLineParser& parser) {
+            AddCatalogueOption(parser);
+            AddDeviceOption(parser);
+            AddJsonOption(parser);
+        },
+        Run};
 }

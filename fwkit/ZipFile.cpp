@@ -1,7 +1,7 @@
 #include "ZipFile.h"
 
-#include "Misuse.h"
 #include "Progress.h"
+#include "UsageError.h"
 
 #include <QFile>
 
@@ -23,9 +23,9 @@ using Archive = std::unique_ptr<zip_t, Discard>;
 
 [[noreturn]] void Fail(const QString& name, const char* why)
 {
-    throw Misuse{Filled("%1: cannot be written (%2); nothing is left behind: make room, or choose another --output",
-                        "%1: не записывается (%2); ничего не оставлено: освободите место или смените --output", name,
-                        QString::fromLocal8Bit(why))};
+    throw UsageError(
+        Kit::tr("%1: cannot be written (%2); nothing is left behind: make room, or choose another --output")
+            .arg(name, QString::fromLocal8Bit(why)));
 }
 
 bool Add(zip_t* archive, const ZipItem& item)
@@ -49,7 +49,7 @@ bool Add(zip_t* archive, const ZipItem& item)
 void TellProgress(zip_t*, double done, void* progress)
 {
     constexpr int Steps = 1000;
-    static_cast<Progress*>(progress)->Tell({"Packing", "Упаковка"}, qint64(done * Steps), Steps);
+    static_cast<Progress*>(progress)->Tell(Kit::tr("Packing"), qint64(done * Steps), Steps);
 }
 
 } // namespace

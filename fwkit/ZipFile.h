@@ -16,5 +16,5 @@ struct ZipItem
 };
 
 /// Writes a zip archive (APPNOTE.TXT, without zip64). The same items give the same bytes at any time, in any time zone
-/// and whoever does it: dates and modes are fixed. `name` is what a failure calls the file. Throws Misuse.
+/// and whoever does it: dates and modes are fixed. `name` is what a failure calls the file. Throws UsageError.
 void WriteZipFile(const QString& path, const QString& name, const QList<ZipItem>& items, Progress& progress);

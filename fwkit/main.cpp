@@ -1,15 +1,27 @@
 #include "Report.h"
-#include "ToolkitWords.h"
 #include "Verb.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QLocale>
+#include <QTranslator>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 
 namespace {
+
+/// What Qt's parser says, for lupdate: Qt's own translation may not be installed.
+[[maybe_unused]] constexpr const char* ParserTexts[] = {
+    QT_TRANSLATE_NOOP("QCommandLineParser", "Options:"),
+    QT_TRANSLATE_NOOP("QCommandLineParser", "[options]"),
+    QT_TRANSLATE_NOOP("QCommandLineParser", "Usage: %1"),
+    QT_TRANSLATE_NOOP("QCommandLineParser", "Unknown option '%1'."),
+    QT_TRANSLATE_NOOP("QCommandLineParser", "Unknown options: %1."),
+    QT_TRANSLATE_NOOP("QCommandLineParser", "Missing value after '%1'."),
+    QT_TRANSLATE_NOOP("QCommandLineParser", "Unexpected value after '%1'."),
+};
 
 QList<Verb> Verbs()
 {
@@ -19,35 +31,31 @@ QList<Verb> Verbs()
 QString ProgramHelp()
 {
     QString text =
-        Say({"Usage: fwkit VERB [options] ...\n\nWhat a firmware maker needs before the stick leaves the desk, "
-             "by the rules of the panel itself.\n\nVerbs:\n",
-             "Использование: fwkit ДЕЙСТВИЕ [ключи] ...\n\nЧто нужно изготовителю прошивок до выезда, по "
-             "правилам самой панели.\n\nДействия:\n"});
+        Kit::tr("Usage: fwkit VERB [options] ...\n\nWhat a firmware maker needs before the stick leaves the desk, "
+                "by the rules of the panel itself.\n\nVerbs:\n");
     for (const Verb& verb : Verbs())
-        text += "  " + verb.name.leftJustified(9) + Say(verb.summary) + '\n';
+        text += "  " + verb.name.leftJustified(9) + verb.summary + '\n';
     return text
-           + Say({"\nfwkit VERB --help tells more; fwkit --version tells the version.\n"
-                  "Exit status: 0 fine, 1 findings, 2 misuse or files that cannot be used.\n",
-                  "\nfwkit ДЕЙСТВИЕ --help расскажет больше; fwkit --version — версия.\n"
-                  "Код завершения: 0 всё в порядке, 1 есть находки, 2 неверный вызов или негодные файлы.\n"});
+           + Kit::tr("\nfwkit VERB --help tells more; fwkit --version tells the version.\n"
+                     "Exit status: 0 fine, 1 findings, 2 misuse or files that cannot be used.\n");
 }
 
 QString VerbHelp(const Verb& verb, const QCommandLineParser& parser)
 {
     const QString text = parser.helpText();
-    // The toolkit's line of usage names neither the verb nor its arguments.
-    return Say({"Usage: fwkit ", "Использование: fwkit "}) + verb.name + ' ' + Say({"[options] ", "[ключи] "})
-           + Say(verb.arguments) + text.mid(text.indexOf('\n'));
+    // Qt's line of usage names neither the verb nor its arguments.
+    return Kit::tr("Usage: fwkit ") + verb.name + ' ' + Kit::tr("[options] ") + verb.arguments
+           + text.mid(text.indexOf('\n'));
 }
 
 Status RunVerb(const Verb& verb, const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(Say(verb.summary));
-    parser.addOption({{"h", "help"}, Say({"This text.", "Эта справка."})});
+    parser.setApplicationDescription(verb.summary);
+    parser.addOption({{"h", "help"}, Kit::tr("This text.")});
     verb.addOptions(parser);
     if (!parser.parse(arguments))
-        throw Misuse{Filled("%1 See fwkit %2 --help.", "%1 См. fwkit %2 --help.", parser.errorText(), verb.name)};
+        throw UsageError(Kit::tr("%1 See fwkit %2 --help.").arg(parser.errorText(), verb.name));
     if (!parser.isSet("help"))
         return verb.run(parser);
     Print(VerbHelp(verb, parser));
@@ -66,22 +74,21 @@ Status Run(const QString& name, const QStringList& arguments)
     else if (name == "--version")
         Print("fwkit " FWKIT_VERSION "\n");
     else
-        throw Misuse{name.isEmpty() ? Words{"no verb; see fwkit --help", "нет действия; см. fwkit --help"}
-                                    : Filled("%1: no such verb; see fwkit --help", //
-                                             "%1: нет такого действия; см. fwkit --help", name)};
+        throw UsageError(name.isEmpty() ? Kit::tr("no verb; see fwkit --help")
+                                        : Kit::tr("%1: no such verb; see fwkit --help").arg(name));
     return Fine;
 }
 
-/// The toolkit talks of an archive's faults to stderr in its own words; the findings say the same to the maker.
+/// Qt talks of an archive's faults to stderr in its own words; the findings say the same to the maker.
 void Hush(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
     if (type == QtFatalMsg)
         std::fputs((text + '\n').toUtf8().constData(), stderr);
 }
 
-void Complain(const QString& name, const Words& why)
+void Complain(const QString& name, const QString& why)
 {
-    const QString line = "fwkit" + (name.isEmpty() ? name : ' ' + name) + ": " + Say(why);
+    const QString line = "fwkit" + (name.isEmpty() ? name : ' ' + name) + ": " + why;
     std::fputs((Printable(line) + '\n').toUtf8().constData(), stderr);
 }
 
@@ -90,9 +97,12 @@ void Complain(const QString& name, const Words& why)
 int main(int argc, char* argv[])
 {
     qInstallMessageHandler(Hush);
+    // LC_ALL=C asks for English, whatever list of languages a desktop has set.
+    qunsetenv("LANGUAGE");
     const QCoreApplication app(argc, argv);
-    ToolkitWords words;
-    QCoreApplication::installTranslator(&words);
+    QTranslator russian;
+    if (russian.load(QLocale(), "fwkit", "_", ":/i18n"))
+        QCoreApplication::installTranslator(&russian);
     // A limit on file sizes is a write that fails, not the program's end.
     std::signal(SIGXFSZ, SIG_IGN);
     QStringList arguments = QCoreApplication::arguments();
@@ -103,11 +113,10 @@ int main(int argc, char* argv[])
         const Status status = Run(name, arguments);
         if (std::fflush(stdout) == 0 && !std::ferror(stdout))
             return status;
-        Complain(name, {"the output cannot be written; make room where it goes",
-                        "вывод не записывается; освободите место там, куда он идёт"});
-    } catch (const Misuse& misuse) {
+        Complain(name, Kit::tr("the output cannot be written; make room where it goes"));
+    } catch (const Error& error) {
         std::fflush(stdout);
-        Complain(name, misuse.why);
+        Complain(name, error.Text());
     }
     return IsMisused;
 }

@@ -22,6 +22,7 @@ inline Outcome Run(const QTemporaryDir& folder, QStringList arguments, int limit
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("LC_ALL", locale);
+    environment.insert("LANGUAGE", "ru"); // LC_ALL is stronger
     environment.insert("TMPDIR", folder.path());
     // A coverage build's counters: cut off by a limit they would spoil those of every later run.
     const QTemporaryDir counters;
