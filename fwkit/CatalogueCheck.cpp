@@ -16,6 +16,8 @@ namespace {
 
 /// Modbus leaves an answer 252 bytes of data (MODBUS Application Protocol, 4.1), and two of them are its length.
 constexpr int MaxAnswer = 250;
+/// The versions of so many processors fit one answer with seven characters each.
+constexpr int LastProcessor = 28;
 
 struct Module
 {
@@ -53,7 +55,8 @@ void CheckAddress(CatalogueReader& reader, const Module& module)
     if (!module.spot.values.contains("MBAddr"))
         reader.Report(module.spot, "MBAddr", "no-number");
     else if (board.MBAddr != quint8(board.MBAddr))
-        reader.Report(module.spot, "MBAddr", "bad-unit", {QString::number(board.MBAddr)});
+        reader.Report(module.spot, "MBAddr", "bad-unit",
+                      {QString::number(board.MBAddr), QString::number(quint8(board.MBAddr))});
 }
 
 void CheckProcessor(CatalogueReader& reader, const Module& module)
@@ -74,6 +77,8 @@ void CheckProcessor(CatalogueReader& reader, const Module& module)
         reader.Report(module.spot, "IdCPU", "finish-unanswered");
     else if (!VersionIn(longestAnswer, processor))
         reader.Report(module.spot, "IdCPU", "no-version-word");
+    else if (processor > LastProcessor)
+        reader.Report(module.spot, "IdCPU", "far-processor");
 }
 
 void CheckFirmware(CatalogueReader& reader, const Module& module)

@@ -3,6 +3,7 @@
 #include "AppConfig.h"
 #include "CatalogueWords.h"
 #include "Kit.h"
+#include "Spelling.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,8 +13,6 @@
 namespace {
 
 constexpr int MaxShown = 60;
-/// Farther apart, two keys are no misspelling of each other.
-constexpr int MaxDistance = 2;
 
 enum class Type { Text, Number, Flag, List };
 
@@ -77,38 +76,33 @@ bool IsOfType(const QJsonObject& object, const QString& key, Type type)
     return value.isArray();
 }
 
-/// Number of single letters to add, drop or change (Levenshtein), whatever their case.
-int Distance(const QString& a, const QString& b)
-{
-    QList<int> row(b.size() + 1);
-    for (int j = 0; j <= b.size(); ++j)
-        row[j] = j;
-    for (int i = 0; i < a.size(); ++i) {
-        int diagonal = std::exchange(row[0], i + 1);
-        for (int j = 0; j < b.size(); ++j) {
-            const int changed = diagonal + (a[i].toLower() == b[j].toLower() ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
-        }
-    }
-    return row.last();
-}
-
 QString RemedyForKey(const QString& key, CatalogueReader::Level level)
 {
     const QString homes[] = {Kit::tr("it belongs at the top"), Kit::tr("it belongs in a device"),
                              Kit::tr("it belongs in a board")};
-    int nearest = MaxDistance + 1;
     QString remedy = Kit::tr("remove it");
+    QStringList known;
     for (const Field& field : Fields) {
-        if (field.level != level && key == field.key)
+        if (field.level == level)
+            known.append(field.key);
+        else if (key == field.key)
             remedy = homes[field.level];
-        if (field.level != level || key.size() > MaxShown || Distance(key, field.key) >= nearest)
-            continue;
-        nearest = Distance(key, field.key);
-        remedy = Kit::tr("write \"%1\"").arg(field.key);
     }
-    return remedy;
+    const QString nearest = Nearest(key, known);
+    return nearest.isEmpty() ? remedy : Kit::tr("write \"%1\"").arg(nearest);
+}
+
+/// What is behind the fault at `offset`, as its remedy needs it.
+const char* FaultKind(const QByteArray& text, const QJsonParseError& fault, qsizetype offset)
+{
+    if (text.trimmed().isEmpty())
+        return "empty-file";
+    // A text in UTF-16 has a 0 in one of its first two bytes, or begins with a mark that is no UTF-8.
+    if (fault.error == QJsonParseError::IllegalUTF8String || text.left(2).contains('\0') || text.startsWith("\xFF\xFE")
+        || text.startsWith("\xFE\xFF"))
+        return "not-utf8";
+    const QByteArray there = text.mid(offset, 2);
+    return there == "//" || there == "/*" || there.startsWith('#') ? "comment" : "not-json";
 }
 
 QString Join(const QString& path, const QString& key)
@@ -136,7 +130,9 @@ std::optional<JsonSpot> CatalogueReader::Top()
     QJsonParseError fault;
     const QJsonDocument document = QJsonDocument::fromJson(m_text, &fault);
     if (fault.error != QJsonParseError::NoError) {
-        Add(JsonFaultOffset(m_text, fault), {}, "not-json", {fault.errorString()});
+        const qsizetype offset = JsonFaultOffset(m_text, fault);
+        const QString kind = FaultKind(m_text, fault, offset);
+        Add(offset, {}, kind, kind == "not-json" ? QStringList{fault.errorString()} : QStringList());
         return std::nullopt;
     }
     const QJsonValue value = document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());

@@ -38,11 +38,14 @@ private slots:
         row("nothing", "", "", "");
         row("comma left out", "200,", "200", "not-json 3:3");
         row("behind the end", "  ]\n}", "  ]\n} x", "not-json 13:3");
-        row("cut off", "MBAddr': 255}\n    ]}\n  ]\n}\n", "MBAddr': 255}", "not-json 10:107");
+        row("cut off", "MBAddr': 255}\n    ]}\n  ]\n}\n", "MBAddr': 255}", "not-json 10:106");
         row("list on top", m_good, "\n [1]", "no-object 2:2");
         row("a text on top", m_good, "'x'", "not-json 1:1");
-        row("no text", m_good, "", "not-json 1:1");
-        row("no UTF-8", "Ж", "\xD6", "not-json 4:15");
+        row("no text", m_good, " \n", "empty-file 2:1");
+        row("no UTF-8", "Ж", "\xD6", "not-utf8 4:15");
+        row("UTF-16", m_good, QByteArray("{\0", 2), "not-utf8 1:3");
+        row("UTF-16 with its mark", m_good, "\xFF\xFE{", "not-utf8 1:1");
+        row("comment", "'Devices'", "// boards\n 'Devices'", "comment 3:3");
         row("element no object", "{'Name': 'p', 'Path': 'x', 'Folder': 'viewer', 'File': 'show'}", "7",
             "no-object 7:7: D0.B2");
         row("device no object", "'Devices': [", "'Devices': [null,", "no-object 3:15: D0");
@@ -68,22 +71,23 @@ private slots:
         row("empty name", "'Name': 'n'", "'Name': ''", "no-name 6:16: D0.B1.Name");
         row("no number", "'IdDev': 1, ", "", "no-number 4:5: D0.IdDev");
         row("no unit", ", 'MBAddr': 255", "", "no-number 10:7: D1.B0.MBAddr");
-        row("address too short", "'10.0.0.9'", "'10.1'", "bad-ip 10:66: D1.B0.Ip");
-        row("address in octal", "'10.0.0.9'", "'10.0.0.01'", "bad-ip 10:66: D1.B0.Ip");
-        row("IPv6", "'10.0.0.9'", "'::1'", "bad-ip 10:66: D1.B0.Ip");
-        row("host name", "'10.0.0.9'", "'board'", "bad-ip 10:66: D1.B0.Ip");
-        row("port 0", "65535", "0", "bad-port 10:86: D1.B0.Port");
-        row("port 65536", "65535", "65536", "bad-port 10:86: D1.B0.Port");
-        row("unit 256", "255", "256", "bad-unit 10:103: D1.B0.MBAddr");
-        row("unit -1", "255", "-1", "bad-unit 10:103: D1.B0.MBAddr");
-        row("reads a value", "122", "-3", "finish-is-command 10:55: D1.B0.IdCPU");
-        row("writes a block", "122", "-2", "finish-is-command 10:55: D1.B0.IdCPU");
-        row("sends the checksum", "122", "-1", "finish-is-command 10:55: D1.B0.IdCPU");
-        row("0xA000 by overflow", "122", "65533", "finish-is-command 10:55: D1.B0.IdCPU");
-        row("unanswered", "122", "65536", "finish-unanswered 10:55: D1.B0.IdCPU");
-        row("unanswered, negative", "122", "-65536", "finish-unanswered 10:55: D1.B0.IdCPU");
-        row("no word", "122", "123", "no-version-word 10:55: D1.B0.IdCPU");
-        row("no word, negative", "122", "-4", "no-version-word 10:55: D1.B0.IdCPU");
+        row("address too short", "'10.0.0.9'", "'10.1'", "bad-ip 10:65: D1.B0.Ip");
+        row("address in octal", "'10.0.0.9'", "'10.0.0.01'", "bad-ip 10:65: D1.B0.Ip");
+        row("IPv6", "'10.0.0.9'", "'::1'", "bad-ip 10:65: D1.B0.Ip");
+        row("host name", "'10.0.0.9'", "'board'", "bad-ip 10:65: D1.B0.Ip");
+        row("port 0", "65535", "0", "bad-port 10:85: D1.B0.Port");
+        row("port 65536", "65535", "65536", "bad-port 10:85: D1.B0.Port");
+        row("unit 256", "255", "256", "bad-unit 10:102: D1.B0.MBAddr");
+        row("unit -1", "255", "-1", "bad-unit 10:102: D1.B0.MBAddr");
+        row("reads a value", "28", "-3", "finish-is-command 10:55: D1.B0.IdCPU");
+        row("writes a block", "28", "-2", "finish-is-command 10:55: D1.B0.IdCPU");
+        row("sends the checksum", "28", "-1", "finish-is-command 10:55: D1.B0.IdCPU");
+        row("0xA000 by overflow", "28", "65533", "finish-is-command 10:55: D1.B0.IdCPU");
+        row("unanswered", "28", "65536", "finish-unanswered 10:55: D1.B0.IdCPU");
+        row("unanswered, negative", "28", "-65536", "finish-unanswered 10:55: D1.B0.IdCPU");
+        row("far", "28", "29", "far-processor 10:55: D1.B0.IdCPU");
+        row("no word", "28", "123", "no-version-word 10:55: D1.B0.IdCPU");
+        row("no word, negative", "28", "-4", "no-version-word 10:55: D1.B0.IdCPU");
         row("no type", "'TB'", "''", "empty-type 10:29: D1.B0.Type");
         row("type of two words", "'TB'", "'T B'", "unmatchable-type 10:29: D1.B0.Type");
         row("type with ;", "'TB'", "'TB;'", "unmatchable-type 10:29: D1.B0.Type");
@@ -107,9 +111,9 @@ private slots:
         row("same board", "'IdCPU': 1,", "'IdCPU': 0,", "same-board 6:44: D0.B1.IdCPU");
         row("two types", "'TA', 'IdCPU': 1", "'TX', 'IdCPU': 1", "two-types 6:29: D0.B1.Type");
         row("same number", "'IdDev': 2", "'IdDev': 1", "same-device-id 9:28: D1.IdDev");
-        row("hidden type", "'TB', 'Main': 1, 'IdCPU': 122, 'Ip': '10.0.0.9'",
-            "'TA', 'Main': 1, 'IdCPU': 122, 'Ip': '10.0.0.2'", "same-type 10:29: D1.B0.Type");
-        row("type that hides", "'TB', 'Main': 1, 'IdCPU': 122, 'Ip': '10.0.0.9', 'Port': 65535, 'MBAddr': 255",
+        row("hidden type", "'TB', 'Main': 1, 'IdCPU': 28, 'Ip': '10.0.0.9'",
+            "'TA', 'Main': 1, 'IdCPU': 28, 'Ip': '10.0.0.2'", "same-type 10:29: D1.B0.Type");
+        row("type that hides", "'TB', 'Main': 1, 'IdCPU': 28, 'Ip': '10.0.0.9', 'Port': 65535, 'MBAddr': 255",
             "'TA', 'Main': 1, 'Ip': '10.0.0.1', 'Port': 502, 'MBAddr': 1", "same-type 10:29: D1.B0.Type");
         row("equal images of unequal boards", "'TA', 'IdCPU': 1, 'Ip': '10.0.0.1'",
             "'TX', 'IdCPU': 0, 'Ip': '10.0.0.2'", "file-fits-another 6:88: D0.B1.MBAddr");
@@ -120,7 +124,7 @@ private slots:
             "file-fits-another 7:62: D0.B2.File");
         row("file of another instrument", "'MBAddr': 255}",
             "'MBAddr': 255}, {'Name': 'r', 'Path': 'x', 'Folder': 'tools', 'File': 'how'}",
-            "file-fits-another 10:163: D1.B1.File");
+            "file-fits-another 10:162: D1.B1.File");
         row("program of both instruments", "'MBAddr': 255}",
             "'MBAddr': 255}, {'Name': 'p', 'Path': 'x', 'Folder': 'viewer', 'File': 'show'}", "");
     }
@@ -192,7 +196,8 @@ private slots:
                 const QByteArray text = QByteArray(m_good).replace(at, 1, QByteArray(1, c));
                 const CatalogueReport report = CheckCatalogue({}, text);
                 const bool isRead = !QJsonDocument::fromJson(text).isNull();
-                QCOMPARE(report.findings.isEmpty() || report.findings.first().kind != "not-json", isRead);
+                static const QSet<QString> Unread{"not-json", "not-utf8", "comment"};
+                QCOMPARE(report.findings.isEmpty() || !Unread.contains(report.findings.first().kind), isRead);
             }
         }
     }

@@ -58,7 +58,7 @@ class Verb(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertEqual([(c["devices"], c["modules"]) for c in told["catalogues"]], [(2, 4), (2, 4)])
         self.assertEqual([(f["file"], f["line"], f["column"], f["path"]) for f in told["findings"]],
-                         [(str(bad), 10, 86, "Devices[1].Boards[0].Port")])
+                         [(str(bad), 10, 85, "Devices[1].Boards[0].Port")])
 
 
 class Schema(unittest.TestCase):

@@ -368,20 +368,12 @@
         <translation>напишите порт TCP платы, 1..65535</translation>
     </message>
     <message>
-        <source>There is no unit %1, and nothing is sent to it: the row shows &quot;???&quot; and takes no file</source>
-        <translation>Устройства %1 не бывает, и ему ничего не посылается: в строке стоит «???», файл она не берёт</translation>
-    </message>
-    <message>
         <source>write the unit address, 0..255</source>
         <translation>напишите адрес устройства, 0..255</translation>
     </message>
     <message>
         <source>The word that closes a transfer becomes 0x%1, %2: the board never takes the image</source>
         <translation>Слово, которым завершается передача, становится 0x%1, %2: плата не примет прошивку</translation>
-    </message>
-    <message>
-        <source>write the processor&apos;s number, 0..122</source>
-        <translation>напишите номер процессора, 0..122</translation>
     </message>
     <message>
         <source>The word that closes a transfer becomes the bare 0xA003, processor 0&apos;s, whose missing answer counts as success</source>
@@ -866,6 +858,42 @@ fwkit ДЕЙСТВИЕ --help расскажет больше; fwkit --version �
     <message>
         <source>the output cannot be written; make room where it goes</source>
         <translation>вывод не записывается; освободите место там, куда он идёт</translation>
+    </message>
+    <message>
+        <source>This is no UTF-8 (perhaps Windows-1251 or UTF-16): the panel takes the whole catalogue for empty and finds no instrument</source>
+        <translation>Это не UTF-8 (возможно, Windows-1251 или UTF-16): панель считает весь каталог пустым и не находит ни одного прибора</translation>
+    </message>
+    <message>
+        <source>save it as UTF-8</source>
+        <translation>сохраните его в UTF-8</translation>
+    </message>
+    <message>
+        <source>The file is empty: the panel finds no instrument</source>
+        <translation>Файл пуст: панель не находит ни одного прибора</translation>
+    </message>
+    <message>
+        <source>write a catalogue into it and save it as UTF-8</source>
+        <translation>напишите в нём каталог и сохраните в UTF-8</translation>
+    </message>
+    <message>
+        <source>JSON has no comments: the panel takes the whole catalogue for empty and finds no instrument</source>
+        <translation>В JSON нет комментариев: панель считает весь каталог пустым и не находит ни одного прибора</translation>
+    </message>
+    <message>
+        <source>remove the comment</source>
+        <translation>уберите комментарий</translation>
+    </message>
+    <message>
+        <source>The panel sends only the low byte of it: what is meant for unit %1 goes to unit %2</source>
+        <translation>Панель посылает только младший байт: предназначенное устройству %1 попадает устройству %2</translation>
+    </message>
+    <message>
+        <source>write the processor&apos;s number, 0..28</source>
+        <translation>напишите номер процессора, 0..28</translation>
+    </message>
+    <message>
+        <source>An answer to &quot;VER ?;&quot; ends after 250 characters: a version of this processor is in it only while those before it are short, and the simulator refuses the number</source>
+        <translation>Ответ на «VER ?;» кончается после 250 знаков: версия этого процессора войдёт в него, только если версии перед ней короткие, а симулятор такой номер не принимает</translation>
     </message>
 </context>
 <context>

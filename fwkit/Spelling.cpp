@@ -1,0 +1,42 @@
+#include "Spelling.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr int MaxLength = 60;
+/// Farther apart, two words are no misspelling of each other.
+constexpr int MaxDistance = 2;
+
+/// Number of single letters to add, drop or change (Levenshtein), whatever their case.
+int Distance(const QString& a, const QString& b)
+{
+    QList<int> row(b.size() + 1);
+    for (int j = 0; j <= b.size(); ++j)
+        row[j] = j;
+    for (int i = 0; i < a.size(); ++i) {
+        int diagonal = std::exchange(row[0], i + 1);
+        for (int j = 0; j < b.size(); ++j) {
+            const int changed = diagonal + (a[i].toLower() == b[j].toLower() ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.last();
+}
+
+} // namespace
+
+QString Nearest(const QString& text, const QStringList& candidates)
+{
+    QString nearest;
+    int least = MaxDistance + 1;
+    for (const QString& candidate : candidates) {
+        if (text.size() > MaxLength || Distance(text, candidate) >= least)
+            continue;
+        least = Distance(text, candidate);
+        nearest = candidate;
+    }
+    return nearest;
+}
