@@ -4,12 +4,12 @@
 #include "ArchiveWalk.h"
 #include "Progress.h"
 #include "UsageError.h"
+#include "WorkFolder.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -36,6 +36,14 @@ void RequireRoom(const QList<ArchiveEntry>& entries, const QString& name, const 
                              .arg(name, QString::number(needed), folder, QString::number(available)));
 }
 
+bool Extract(const FirmwareArchive& archive, const QString& folder, Progress& progress)
+{
+    return archive.ExtractAll(folder, [&](qsizetype done) {
+        Interruption::Check();
+        progress.Tell(Kit::tr("Unpacking"), done, archive.Entries().size());
+    });
+}
+
 void Count(QList<BoxReport>& boxes, QHash<QString, qsizetype>& known, const Box& box)
 {
     const auto at = known.constFind(box.text);
@@ -53,8 +61,16 @@ public:
     PanelWalk(const QList<ArchiveEntry>& entries, const QString& folder, Progress& progress)
         : m_entries(entries)
         , m_folder(folder)
-        , m_progress(progress)
-    {}
+    {
+        // What takes long is done here, where a signal is seen after each file.
+        for (qsizetype i = 0; i < entries.size(); ++i) {
+            Interruption::Check();
+            progress.Tell(Kit::tr("Trying"), i, entries.size());
+            const QString path = folder + '/' + entries[i].path;
+            if (IsJudged(entries[i]))
+                Digests.insert(path, ReadDigest(path));
+        }
+    }
 
     DeviceWalk Walk(const TDeviceRecord& device)
     {
@@ -64,13 +80,8 @@ public:
             box.text.replace(m_folder, PanelFolder);
             Count(walk.boxes, known, box);
         };
-        int row = 0;
         WalkArchive(m_entries, m_folder, Digests,
-                    {.rowCount =
-                         [&] {
-                             m_progress.Tell(Kit::tr("Trying"), row++, device.BoardCount + 1);
-                             return device.BoardCount;
-                         },
+                    {.rowCount = [&] { return device.BoardCount; },
                      .device = [&]() -> const TDeviceRecord& { return device; },
                      .show = show,
                      .programVersion =
@@ -92,7 +103,6 @@ public:
 private:
     const QList<ArchiveEntry>& m_entries;
     QString m_folder;
-    Progress& m_progress;
 };
 
 DeviceReport Report(const DeviceWalk& walk, const QList<ArchiveEntry>& entries, const EntryCertificates& certificates)
@@ -173,9 +183,9 @@ Judgement JudgeArchive(const QString& path, const QString& name, const QList<con
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable archive").arg(name, file.errorString()));
-    const QTemporaryDir temporary(QDir::tempPath() + "/fwkit-XXXXXX");
-    const QString folder = temporary.filePath("firmware");
-    if (!temporary.isValid() || !QDir().mkdir(folder))
+    const WorkFolder temporary(QDir::tempPath() + "/fwkit-");
+    const QString folder = temporary.FilePath("firmware");
+    if (!temporary.ErrorString().isEmpty() || !QDir().mkdir(folder))
         throw UsageError(
             Kit::tr("%1: no folder can be made there to unpack in; set TMPDIR to one where files can be written")
                 .arg(QDir::tempPath()));
@@ -189,8 +199,7 @@ Judgement JudgeArchive(const QString& path, const QString& name, const QList<con
         judgement.findings = {Refused(name, culprit, !MayBeExtracted({culprit}, folder))};
     } else {
         RequireRoom(entries, name, folder);
-        progress.Tell(Kit::tr("Unpacking"), 0, 0);
-        if (!archive.ExtractAll(folder))
+        if (!Extract(archive, folder, progress))
             throw UsageError(
                 Kit::tr("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there")
                     .arg(name, QDir::tempPath()));

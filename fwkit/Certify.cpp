@@ -1,6 +1,7 @@
 #include "Certify.h"
 
 #include "FirmwareFiles.h"
+#include "Interruption.h"
 #include "UsageError.h"
 #include "WholeFile.h"
 
@@ -20,6 +21,7 @@ Certified CertifyFile(const QString& path)
         throw UsageError(Kit::tr("%1: is no regular file; remove it and certify again").arg(certificate));
     if (JudgeCertificate(path, digest) == Certificate::Matches)
         return Certified::Unchanged;
+    const Interruption untilWritten;
     QSaveFile file(certificate);
     if (!file.open(QIODevice::WriteOnly) || !CommitWhole(file, digest))
         throw UsageError(Kit::tr("%1: cannot be written (%2); make room, or give yourself the right to write there")

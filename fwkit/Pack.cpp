@@ -4,12 +4,12 @@
 #include "PackPlan.h"
 #include "Progress.h"
 #include "UsageError.h"
+#include "WorkFolder.h"
 #include "ZipFile.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -95,14 +95,15 @@ PackResult Pack(const PackOrder& order, Progress& progress)
     const QList<ZipItem> items = Items(plan.files, result.findings, progress);
     if (!result.findings.isEmpty())
         return result;
-    const QTemporaryDir beside(QFileInfo(target).path() + "/.fwkit-XXXXXX");
-    if (!beside.isValid())
+    const WorkFolder beside(QFileInfo(target).path() + "/.fwkit-");
+    if (!beside.ErrorString().isEmpty())
         throw UsageError(Kit::tr("%1: its folder takes no files (%2); choose another --output")
-                             .arg(order.output, beside.errorString()));
-    const QString written = beside.filePath("archive.zip");
+                             .arg(order.output, beside.ErrorString()));
+    const QString written = beside.FilePath("archive.zip");
     WriteZipFile(written, order.output, items, progress);
     result.judgement = JudgeArchive(written, order.output, order.devices, progress);
     result.findings = OfSources(result.judgement.findings, plan.files);
+    Interruption::Check();
     if (result.findings.isEmpty())
         Publish(written, target, order.output);
     return result;

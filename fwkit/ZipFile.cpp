@@ -1,5 +1,6 @@
 #include "ZipFile.h"
 
+#include "Interruption.h"
 #include "Progress.h"
 #include "UsageError.h"
 
@@ -52,6 +53,11 @@ void TellProgress(zip_t*, double done, void* progress)
     static_cast<Progress*>(progress)->Tell(Kit::tr("Packing"), qint64(done * Steps), Steps);
 }
 
+int IsToEnd(zip_t*, void*)
+{
+    return Interruption::HasCome() ? 1 : 0;
+}
+
 } // namespace
 
 void WriteZipFile(const QString& path, const QString& name, const QList<ZipItem>& items, Progress& progress)
@@ -70,7 +76,10 @@ void WriteZipFile(const QString& path, const QString& name, const QList<ZipItem>
             Fail(name, zip_strerror(archive.get()));
     }
     zip_register_progress_callback_with_state(archive.get(), 0.01, TellProgress, nullptr, &progress);
-    if (zip_close(archive.get()) != 0)
+    zip_register_cancel_callback_with_state(archive.get(), IsToEnd, nullptr, nullptr);
+    if (zip_close(archive.get()) != 0) {
+        Interruption::Check();
         Fail(name, zip_strerror(archive.get()));
+    }
     static_cast<void>(archive.release());
 }

@@ -3,12 +3,54 @@
 #include "FirmwareArchive.h"
 #include "Fwkit.h"
 #include "Table.h"
+#include "ZipMaker.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
 #include <QTest>
 
+#include <csignal>
 #include <sys/stat.h>
+
+namespace {
+
+const QStringList PackOrder{"pack", "--catalogue", "@/updater.json", "--device", "7", "--output"};
+
+QByteArray LargeZip()
+{
+    const QByteArray content(50 << 20, '\0');
+    const QByteArray packed = Deflated(content);
+    QList<MadeEntry> entries;
+    for (char name = 'a'; name < 'u'; ++name)
+        entries.append({.name = {1, name}, .content = content, .packed = packed});
+    return MakeZip(entries);
+}
+
+/// An image that keeps the tool busy, in the folder "in", and an archive "large.zip" that does.
+void WriteLarge(const QTemporaryDir& folder)
+{
+    static const QByteArray Zip = LargeZip();
+    WriteCatalogue(folder);
+    WriteFiles(folder, {{"in/fw_7_1_0_v2.0.bin", {}}, {"large.zip", Zip}});
+    QFile::resize(folder.filePath("in/fw_7_1_0_v2.0.bin"), 200 << 20);
+}
+
+/// Waits until a run has begun to write into a folder of its own, and returns the names of all such folders.
+QStringList BusyFolders(const QProcess& process, const QTemporaryDir& folder, int count)
+{
+    QStringList busy;
+    while (busy.size() < count && process.state() == QProcess::Running) {
+        busy.clear();
+        QTest::qWait(1);
+        for (const QString& name : Listing(folder).filter("fwkit-")) {
+            if (QDir(folder.filePath(name)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size() > 1)
+                busy.append(name);
+        }
+    }
+    return busy;
+}
+
+} // namespace
 
 class TestPacking : public QObject
 {
@@ -23,8 +65,7 @@ private slots:
             stage::WriteFile(folder.filePath("firmware/" + name), content);
         WriteFiles(folder, {{"firmware/.hidden", "x"}, {"firmware/old~", "x"}});
         QFile::setPermissions(folder.filePath("firmware/view/prog"), QFile::Permissions::fromInt(0x7700));
-        const QStringList order{"pack", "--catalogue", "@/updater.json", "--device", "7", "--output"};
-        const Outcome first = Run(folder, order + QStringList{"@/firmware/a.zip", "@/firmware"});
+        const Outcome first = Run(folder, PackOrder + QStringList{"@/firmware/a.zip", "@/firmware"});
         QVERIFY2(first.status == 0, qPrintable(first.err));
         QCOMPARE(first.err.count("left out"), 2);
         QVERIFY(first.err.contains("note: the folder's name contains \"firmware\""));
@@ -35,9 +76,10 @@ private slots:
         QFile touched(folder.filePath("firmware/view/prog"));
         QVERIFY(touched.open(QIODevice::ReadWrite));
         QVERIFY(touched.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000), QFileDevice::FileModificationTime));
-        QCOMPARE(Run(folder, order + QStringList{"@/b.zip", "@/firmware/view", "@/firmware/fw_7_1_0_v2.0.bin"}).status,
-                 0);
-        QCOMPARE(Run(folder, order + QStringList{"@/firmware/a.zip", "@/firmware"}).status, 0);
+        QCOMPARE(
+            Run(folder, PackOrder + QStringList{"@/b.zip", "@/firmware/view", "@/firmware/fw_7_1_0_v2.0.bin"}).status,
+            0);
+        QCOMPARE(Run(folder, PackOrder + QStringList{"@/firmware/a.zip", "@/firmware"}).status, 0);
         qunsetenv("TZ");
         QVERIFY(!zip.isEmpty() && zip == stage::ReadFile(folder.filePath("b.zip")));
         QVERIFY(zip == stage::ReadFile(folder.filePath("firmware/a.zip")));
@@ -116,6 +158,62 @@ private slots:
         QCOMPARE(stage::ReadFile(folder.filePath("a.zip")), "old");
         QCOMPARE(Listing(folder), QStringList({"a.zip", "b.zip", "in", "updater.json"}));
         QCOMPARE(QDir(folder.filePath("in")).entryList(QDir::Files | QDir::Hidden), QStringList("fw_7_1_0_v2.0.bin"));
+    }
+
+    void SignalsLeaveNothing_data()
+    {
+        const Table<QStringList, int> row("arguments", "signal");
+        const QStringList pack = PackOrder + QStringList{"@/a.zip", "@/in"};
+        const QStringList verify{"verify", "--catalogue", "@/updater.json", "@/large.zip"};
+        row("pack, interrupted", pack, SIGINT);
+        row("pack, terminated", pack, SIGTERM);
+        row("pack, terminal closed", pack, SIGHUP);
+        row("pack, reader gone", pack, SIGPIPE);
+        row("verify, interrupted", verify, SIGINT);
+        row("verify, terminated", verify, SIGTERM);
+    }
+    void SignalsLeaveNothing()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, signal);
+        const QTemporaryDir folder;
+        WriteLarge(folder);
+        stage::WriteFile(folder.filePath("a.zip"), "old");
+        QProcess process;
+        Start(process, folder, arguments);
+        QCOMPARE(BusyFolders(process, folder, 1).size(), 1);
+        QCOMPARE(::kill(pid_t(process.processId()), signal), 0);
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(process.exitCode(), signal);
+        QCOMPARE(Listing(folder), QStringList({"a.zip", "in", "large.zip", "updater.json"}));
+        QCOMPARE(stage::ReadFile(folder.filePath("a.zip")), "old");
+    }
+
+    void KilledRunsAreTidiedUpAfter()
+    {
+        const QTemporaryDir folder;
+        WriteLarge(folder);
+        WriteFiles(folder, {{"small/fw_7_1_0_v2.0.bin", "x"}, {".fwkit-backup/own", "x"}});
+        QProcess living;
+        Start(living, folder, PackOrder + QStringList{"@/living.zip", "@/in"});
+        const QStringList kept = BusyFolders(living, folder, 1);
+        ::kill(pid_t(living.processId()), SIGSTOP);
+        QProcess killed;
+        Start(killed, folder, PackOrder + QStringList{"@/killed.zip", "@/in"});
+        QCOMPARE(BusyFolders(killed, folder, 2).size(), 2);
+        killed.kill();
+        QVERIFY(killed.waitForFinished());
+        QCOMPARE(Listing(folder).filter("fwkit-").size(), 3);
+
+        QCOMPARE(Run(folder, PackOrder + QStringList{"@/next.zip", "@/small"}).status, 0);
+        QStringList left = Listing(folder).filter("fwkit-");
+        left.removeOne(".fwkit-backup");
+        QCOMPARE(left, kept);
+        ::kill(pid_t(living.processId()), SIGCONT);
+        living.terminate();
+        QVERIFY(living.waitForFinished());
+        QCOMPARE(Listing(folder).filter("fwkit-"), QStringList(".fwkit-backup"));
     }
 
     void Misuse_data()

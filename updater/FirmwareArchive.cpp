@@ -169,14 +169,16 @@ FirmwareArchive::FirmwareArchive(const QString& path)
 
 FirmwareArchive::~FirmwareArchive() = default;
 
-bool FirmwareArchive::ExtractAll(const QString& folder) const
+bool FirmwareArchive::ExtractAll(const QString& folder, const std::function<void(qsizetype)>& beforeEntry) const
 {
     if (m_entries.isEmpty())
         return true;
     if (!QDir(folder).exists() || !MayBeExtracted(m_entries, folder) || !FitsOnDisk(m_entries, folder))
         return false;
-    for (const ArchiveEntry& entry : m_entries) {
-        if (!Extract(entry, folder))
+    for (qsizetype i = 0; i < m_entries.size(); ++i) {
+        if (beforeEntry)
+            beforeEntry(i);
+        if (!Extract(m_entries[i], folder))
             return false;
     }
     return true;

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QFile;
@@ -40,7 +41,8 @@ public:
     /// before it stays, of the entry itself nothing does).
     /// An entry whose data cannot be unpacked (damaged, encrypted, larger than LargestEntry) is written empty: its
     /// certificate then names it to the operator.
-    bool ExtractAll(const QString& folder) const;
+    /// `beforeEntry` is called with the count of the entries that are done; what it throws ends the work.
+    bool ExtractAll(const QString& folder, const std::function<void(qsizetype)>& beforeEntry = {}) const;
 
 private:
     bool Extract(const ArchiveEntry& entry, const QString& folder) const;

@@ -15,15 +15,30 @@ struct Outcome
     QString err;
 };
 
+/// What it and its tests see: temporary files go to `folder`.
+inline QProcessEnvironment MakersEnvironment(const QTemporaryDir& folder, const QByteArray& locale)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LC_ALL", locale);
+    environment.insert("LANGUAGE", "ru"); // LC_ALL is stronger
+    environment.insert("TMPDIR", folder.path());
+    return environment;
+}
+
+/// Starts it, for a test that works while it runs.
+inline void Start(QProcess& process, const QTemporaryDir& folder, QStringList arguments)
+{
+    process.setProcessEnvironment(MakersEnvironment(folder, "C.UTF-8"));
+    process.start(FWKIT_PROGRAM, arguments.replaceInStrings("@", folder.path()));
+    process.waitForStarted();
+}
+
 /// "@" in an argument is the folder. `limit`: how large a file may become, in blocks of 512 bytes; -1: any size.
 inline Outcome Run(const QTemporaryDir& folder, QStringList arguments, int limit = -1,
                    const QByteArray& locale = "C.UTF-8")
 {
     QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("LC_ALL", locale);
-    environment.insert("LANGUAGE", "ru"); // LC_ALL is stronger
-    environment.insert("TMPDIR", folder.path());
+    QProcessEnvironment environment = MakersEnvironment(folder, locale);
     // A coverage build's counters: cut off by a limit they would spoil those of every later run.
     const QTemporaryDir counters;
     environment.insert("GCOV_PREFIX", counters.path());

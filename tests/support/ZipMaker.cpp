@@ -33,8 +33,9 @@ QByteArray MakeZip(const QList<MadeEntry>& entries)
     QByteArray zip;
     QByteArray directory;
     for (const MadeEntry& entry : entries) {
-        const QByteArray natural = entry.method == 8 ? Deflated(entry.content) : entry.content;
-        const QByteArray packed = entry.packed.isNull() ? natural : entry.packed;
+        const QByteArray packed = !entry.packed.isNull() ? entry.packed
+                                  : entry.method == 8    ? Deflated(entry.content)
+                                                         : entry.content;
         const QByteArray local = entry.local.isNull() ? entry.name : entry.local;
         const auto crc =
             quint32(crc32(0, reinterpret_cast<const Bytef*>(entry.content.constData()), uInt(entry.content.size())));
