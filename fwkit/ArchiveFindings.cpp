@@ -96,7 +96,7 @@ void ArchiveFindings::AboutCertificate(const ArchiveEntry& entry, Certificate ce
         Add("wrong-certificate", entry.path,
             Kit::tr("The panel does not take it and shows the box \"%1\" once for every module")
                 .arg("Не соответствует сертификат " + file),
-            Kit::tr("write the certificate with fwkit certify: 32 raw bytes"));
+            Kit::tr("write the certificate with fwkit certify --force: 32 raw bytes"));
 }
 
 void ArchiveFindings::AboutModules(const DeviceWalk& walk)

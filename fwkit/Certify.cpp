@@ -8,23 +8,42 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-Certified CertifyFile(const QString& path)
+namespace {
+
+void Write(const QString& certificate, const QByteArray& digest)
+{
+    const Interruption untilWritten;
+    QSaveFile file(certificate);
+    if (file.open(QIODevice::WriteOnly) && CommitWhole(file, digest))
+        return;
+    throw UsageError(QFileInfo(QFileInfo(certificate).path()).isWritable()
+                         ? Kit::tr("%1: cannot be written (%2); make room there").arg(certificate, file.errorString())
+                         : Kit::tr("%1: cannot be written (%2); give yourself the right to write there")
+                               .arg(certificate, file.errorString()));
+}
+
+} // namespace
+
+Certified CertifyFile(const QString& path, CertifyMode mode)
 {
     const QByteArray digest = ReadDigest(path).sha256;
     if (digest.isEmpty())
         throw UsageError(
-            Kit::tr("%1: cannot be read to its end; nothing was certified: give a readable file").arg(path));
+            Kit::tr("%1: cannot be read to its end and gets no certificate; give a readable file").arg(path));
     const QString certificate = path + ".sha256";
     const QFileInfo there(certificate);
     // The save file would write to where the link leads, or put a file in a device's place.
     if (there.isSymLink() || (there.exists() && !there.isFile()))
         throw UsageError(Kit::tr("%1: is no regular file; remove it and certify again").arg(certificate));
+    // Without the catalogue nobody can tell what may be empty: a disk that was full leaves such files.
+    if (QFileInfo(path).size() == 0 && mode != CertifyMode::Force)
+        return Certified::Empty;
     if (JudgeCertificate(path, digest) == Certificate::Matches)
         return Certified::Unchanged;
-    const Interruption untilWritten;
-    QSaveFile file(certificate);
-    if (!file.open(QIODevice::WriteOnly) || !CommitWhole(file, digest))
-        throw UsageError(Kit::tr("%1: cannot be written (%2); make room, or give yourself the right to write there")
-                             .arg(certificate, file.errorString()));
-    return Certified::Written;
+    if (there.exists() && mode != CertifyMode::Force)
+        return Certified::Different;
+    if (mode == CertifyMode::OnlyLook)
+        return Certified::Missing;
+    Write(certificate, digest);
+    return there.exists() ? Certified::Replaced : Certified::New;
 }

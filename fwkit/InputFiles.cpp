@@ -6,7 +6,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <optional>
 
 namespace {
 
@@ -19,10 +18,8 @@ bool IsTemporary(const QString& name)
 std::optional<InputFiles::Why> WhyNot(const QFileInfo& info, const QString& root)
 {
     using Why = InputFiles::Why;
-    if (info.fileName().startsWith('.'))
-        return Why::Hidden;
-    if (IsTemporary(info.fileName()))
-        return Why::Temporary;
+    if (const auto why = WhyPassedBy(info.fileName()))
+        return why;
     // A link to a folder inside would only show the same files twice, or never end.
     if (info.isSymLink() && (info.isDir() || !info.canonicalFilePath().startsWith(root + '/')))
         return Why::LeadsOutside;
@@ -60,9 +57,13 @@ InputFiles FilesBelow(const QString& folder)
     return found;
 }
 
-bool IsPassingName(const QString& name)
+std::optional<InputFiles::Why> WhyPassedBy(const QString& name)
 {
-    return name.startsWith('.') || IsTemporary(name);
+    if (name.startsWith('.'))
+        return InputFiles::Why::Hidden;
+    if (IsTemporary(name))
+        return InputFiles::Why::Temporary;
+    return std::nullopt;
 }
 
 QString Reason(InputFiles::Why why)

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <optional>
+
 /// What lies below a folder that the user named.
 struct InputFiles
 {
@@ -20,5 +22,5 @@ struct InputFiles
 /// cannot be listed.
 InputFiles FilesBelow(const QString& folder);
 /// Hidden, or with a name that editors and downloads give to what is not finished.
-bool IsPassingName(const QString& name);
+std::optional<InputFiles::Why> WhyPassedBy(const QString& name);
 QString Reason(InputFiles::Why why);

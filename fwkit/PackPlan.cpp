@@ -62,7 +62,9 @@ QList<Input> InputsOf(const QStringList& names, QList<InputFiles::LeftOut>& left
         if (!info.isDir() && !info.isFile())
             throw UsageError(Kit::tr("%1: no such file or folder; name what is to be packed").arg(name));
         if (info.isFile()) {
-            inputs.append({info.filePath(), info.fileName()});
+            // The shell names certificates too when it is given a pattern for all files.
+            if (!info.fileName().endsWith(CertificateEnd))
+                inputs.append({info.filePath(), info.fileName()});
             continue;
         }
         const InputFiles found = FilesBelow(info.filePath());

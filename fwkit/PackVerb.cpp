@@ -9,14 +9,7 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 
-#include <cstdio>
-
 namespace {
-
-void TellOnStderr(const QString& line)
-{
-    std::fputs(("fwkit pack: " + line + '\n').toUtf8().constData(), stderr);
-}
 
 PackOrder ReadOrder(const QCommandLineParser& parser, const Selection& selection)
 {
@@ -25,6 +18,7 @@ PackOrder ReadOrder(const QCommandLineParser& parser, const Selection& selection
         throw UsageError(Kit::tr("name the files or folders to pack"));
     if (QFileInfo(order.output).absolutePath().contains("firmware"))
         TellOnStderr(
+            "pack",
             Kit::tr("note: the folder's name contains \"firmware\"; from a folder with such a name the panel does "
                     "not make its extraction folder"));
     return order;
@@ -40,9 +34,9 @@ Status Run(const QCommandLineParser& parser)
         result = Pack(order, progress);
     }
     for (const InputFiles::LeftOut& left : result.leftOut)
-        TellOnStderr(Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ")");
+        TellOnStderr("pack", Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ")");
     for (const Finding& finding : result.findings)
-        TellOnStderr(LineOf(finding));
+        TellOnStderr("pack", LineOf(finding));
     if (!result.findings.isEmpty())
         return HasFindings;
     Print(TextOf(result.judgement, order.output)

@@ -22,14 +22,20 @@ Progress::Progress()
 
 Progress::~Progress()
 {
+    Wipe();
+}
+
+void Progress::Wipe()
+{
     if (m_shown.isValid())
         Write(WipeLine);
+    m_shown.invalidate();
 }
 
 void Progress::Tell(const QString& work, qint64 done, qint64 total)
 {
     const QString text = m_isTerminal ? work : QString();
-    if (!m_isTerminal || (text == m_work && m_shown.elapsed() < PauseMs))
+    if (!m_isTerminal || (text == m_work && m_shown.isValid() && m_shown.elapsed() < PauseMs))
         return;
     m_work = text;
     m_shown.start();

@@ -14,6 +14,8 @@ public:
 
     /// `done` of `total`, in any unit.
     void Tell(const QString& work, qint64 done, qint64 total);
+    /// Makes room for another line.
+    void Wipe();
 
 private:
     bool m_isTerminal;

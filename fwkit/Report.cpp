@@ -78,6 +78,11 @@ QString JsonText(const QJsonObject& object)
     return Escaped(QString::fromUtf8(QJsonDocument(object).toJson()), '\n');
 }
 
+void TellOnStderr(const QString& verb, const QString& line)
+{
+    std::fputs(("fwkit " + verb + ": " + line + '\n').toUtf8().constData(), stderr);
+}
+
 void Print(const QString& text)
 {
     std::fputs(text.toUtf8().constData(), stdout);

@@ -18,5 +18,7 @@ QJsonObject JsonOf(const Finding& finding);
 /// UTF-8, indented, with a closing line break.
 QString JsonText(const QJsonObject& object);
 
+/// One line of the verb on stderr.
+void TellOnStderr(const QString& verb, const QString& line);
 /// Writes text to stdout, which is flushed at the program's end.
 void Print(const QString& text);

@@ -28,8 +28,8 @@
         <translation>соберите архив заново командой fwkit pack</translation>
     </message>
     <message>
-        <source>write the certificate with fwkit certify: 32 raw bytes</source>
-        <translation>запишите сертификат командой fwkit certify: 32 байта как есть</translation>
+        <source>write the certificate with fwkit certify --force: 32 raw bytes</source>
+        <translation>запишите сертификат командой fwkit certify --force: 32 байта как есть</translation>
     </message>
     <message>
         <source>The module &quot;%1&quot; takes this file and then, in its place, %2</source>
@@ -520,16 +520,8 @@
         <translation>выберите числа или имена так, чтобы одно не было частью другого</translation>
     </message>
     <message>
-        <source>%1: cannot be read to its end; nothing was certified: give a readable file</source>
-        <translation>%1: не читается до конца; сертификат не записан: укажите читаемый файл</translation>
-    </message>
-    <message>
         <source>%1: is no regular file; remove it and certify again</source>
         <translation>%1: не обычный файл; удалите его и повторите</translation>
-    </message>
-    <message>
-        <source>%1: cannot be written (%2); make room, or give yourself the right to write there</source>
-        <translation>%1: не записывается (%2); освободите место или дайте себе право на запись</translation>
     </message>
     <message>
         <source>left out</source>
@@ -540,30 +532,12 @@
         <translation>%1: нет такого файла или папки; укажите, что сертифицировать</translation>
     </message>
     <message>
-        <source>%1: a certificate, hidden or temporary file gets no certificate; name the file itself</source>
-        <translation>%1: сертификат, скрытый или временный файл не сертифицируется; укажите сам файл</translation>
-    </message>
-    <message>
         <source>name the files or folders to certify</source>
         <translation>укажите файлы или папки</translation>
     </message>
     <message>
         <source>Certifying</source>
         <translation>Сертификаты</translation>
-    </message>
-    <message>
-        <source>written</source>
-        <translation>записан</translation>
-    </message>
-    <message>
-        <source>%1 certificates written, %2 were right already.
-</source>
-        <translation>Записано сертификатов: %1; уже верных: %2.
-</translation>
-    </message>
-    <message>
-        <source>Writes the certificate of each file beside it: its SHA-256 as 32 raw bytes in FILE.sha256.</source>
-        <translation>Записывает рядом с каждым файлом его сертификат: SHA-256 в виде 32 байт в FILE.sha256.</translation>
     </message>
     <message>
         <source>%1: cannot be read (%2); name a readable catalogue</source>
@@ -698,8 +672,8 @@
         <translation>Его сертификат на диске от другого содержимого</translation>
     </message>
     <message>
-        <source>restore the file, or certify it anew</source>
-        <translation>восстановите файл или запишите сертификат заново</translation>
+        <source>restore the file, or replace the certificate with fwkit certify --force</source>
+        <translation>восстановите файл или замените сертификат командой fwkit certify --force</translation>
     </message>
     <message>
         <source>%1: cannot be put in its place; choose another --output</source>
@@ -894,6 +868,84 @@ fwkit ДЕЙСТВИЕ --help расскажет больше; fwkit --version �
     <message>
         <source>An answer to &quot;VER ?;&quot; ends after 250 characters: a version of this processor is in it only while those before it are short, and the simulator refuses the number</source>
         <translation>Ответ на «VER ?;» кончается после 250 знаков: версия этого процессора войдёт в него, только если версии перед ней короткие, а симулятор такой номер не принимает</translation>
+    </message>
+    <message>
+        <source>%1: cannot be written (%2); make room there</source>
+        <translation>%1: не записывается (%2); освободите там место</translation>
+    </message>
+    <message>
+        <source>%1: cannot be written (%2); give yourself the right to write there</source>
+        <translation>%1: не записывается (%2); дайте себе право на запись туда</translation>
+    </message>
+    <message>
+        <source>%1: cannot be read to its end and gets no certificate; give a readable file</source>
+        <translation>%1: не читается до конца и сертификата не получает; укажите читаемый файл</translation>
+    </message>
+    <message>
+        <source>nothing to certify: only certificates and what is left out were named; name the files themselves</source>
+        <translation>сертифицировать нечего: указаны только сертификаты и то, что пропускается; укажите сами файлы</translation>
+    </message>
+    <message>
+        <source>--check only looks and --force replaces; give one of them</source>
+        <translation>--check только проверяет, а --force заменяет; укажите что-то одно</translation>
+    </message>
+    <message>
+        <source>It is empty and gets no certificate</source>
+        <translation>Он пуст и сертификата не получает</translation>
+    </message>
+    <message>
+        <source>copy it anew, or certify it with --force when it is to be empty</source>
+        <translation>скопируйте его заново, а если он должен быть пустым, сертифицируйте с --force</translation>
+    </message>
+    <message>
+        <source>It does not match its certificate, which stays as it is</source>
+        <translation>Он не соответствует своему сертификату, сертификат оставлен как есть</translation>
+    </message>
+    <message>
+        <source>restore the file, or replace the certificate with --force</source>
+        <translation>восстановите файл или замените сертификат ключом --force</translation>
+    </message>
+    <message>
+        <source>It has no certificate</source>
+        <translation>У него нет сертификата</translation>
+    </message>
+    <message>
+        <source>new</source>
+        <translation>новый</translation>
+    </message>
+    <message>
+        <source>unchanged</source>
+        <translation>без изменений</translation>
+    </message>
+    <message>
+        <source>replaced</source>
+        <translation>заменён</translation>
+    </message>
+    <message>
+        <source>Certificates: %1 new, %2 unchanged, %3 replaced; findings: %4.
+</source>
+        <translation>Сертификаты: новых %1, без изменений %2, заменённых %3; найдено: %4.
+</translation>
+    </message>
+    <message>
+        <source>Writes the certificate of each file beside it: its SHA-256 as 32 raw bytes in FILE.sha256. One that does not match is told and left as it is.</source>
+        <translation>Записывает рядом с каждым файлом его сертификат: SHA-256 в виде 32 байт в FILE.sha256. О несоответствующем сообщает и оставляет его как есть.</translation>
+    </message>
+    <message>
+        <source>Only looks, and writes nothing.</source>
+        <translation>Только проверяет, ничего не пишет.</translation>
+    </message>
+    <message>
+        <source>Replaces certificates that do not match, and certifies empty files.</source>
+        <translation>Заменяет несоответствующие сертификаты и сертифицирует пустые файлы.</translation>
+    </message>
+    <message>
+        <source>%1: is there already; choose another --output, or replace it with --force</source>
+        <translation>%1: уже есть; смените --output или замените его ключом --force</translation>
+    </message>
+    <message>
+        <source>Replaces an archive that is there already.</source>
+        <translation>Заменяет архив, если он уже есть.</translation>
     </message>
 </context>
 <context>
