@@ -27,6 +27,13 @@ QString Target(const QString& output)
     return info.isSymLink() ? info.canonicalFilePath() : info.absoluteFilePath();
 }
 
+void RequireFree(const PackOrder& order, const QString& target)
+{
+    if (QFileInfo::exists(target) && !order.isReplacing)
+        throw UsageError(
+            Kit::tr("%1: is there already; choose another --output, or replace it with --force").arg(order.output));
+}
+
 QByteArray Digest(const PackFile& file)
 {
     const FileDigest digest = ReadDigest(file.source);
@@ -44,7 +51,7 @@ QList<Finding> AboutOldCertificate(const PackFile& file, const QByteArray& diges
              file.source,
              {},
              Kit::tr("Its certificate on the disk is of another content"),
-             Kit::tr("restore the file, or certify it anew")}};
+             Kit::tr("restore the file, or replace the certificate with fwkit certify --force")}};
 }
 
 QList<ZipItem> Items(const QList<PackFile>& files, QList<Finding>& findings, Progress& progress)
@@ -90,6 +97,7 @@ void Publish(const QString& path, const QString& target, const QString& name)
 PackResult Pack(const PackOrder& order, Progress& progress)
 {
     const QString target = Target(order.output);
+    RequireFree(order, target);
     PackPlan plan = PlanPack(order.inputs, order.devices, target);
     PackResult result{plan.findings, {}, plan.files.size(), plan.leftOut};
     const QList<ZipItem> items = Items(plan.files, result.findings, progress);
@@ -104,7 +112,9 @@ PackResult Pack(const PackOrder& order, Progress& progress)
     result.judgement = JudgeArchive(written, order.output, order.devices, progress);
     result.findings = OfSources(result.judgement.findings, plan.files);
     Interruption::Check();
-    if (result.findings.isEmpty())
+    if (result.findings.isEmpty()) {
+        RequireFree(order, target);
         Publish(written, target, order.output);
+    }
     return result;
 }

@@ -10,6 +10,7 @@ struct PackOrder
     QList<const TDeviceRecord*> devices;
     QStringList inputs; ///< files and folders
     QString output;
+    bool isReplacing = false; ///< the output may be there already
 };
 
 struct PackResult
@@ -22,5 +23,5 @@ struct PackResult
 
 /// Makes the archive of which the devices' panels take every file without a box: images on top, program modules in
 /// their folders, a certificate for each file. The output comes into being in one step, after it was tried. Throws
-/// UsageError.
+/// UsageError, also when there is an output that is not to be replaced.
 PackResult Pack(const PackOrder& order, Progress& progress);

@@ -13,7 +13,8 @@ namespace {
 
 PackOrder ReadOrder(const QCommandLineParser& parser, const Selection& selection)
 {
-    const PackOrder order{selection.devices, parser.positionalArguments(), Required(parser, "output")};
+    const PackOrder order{selection.devices, parser.positionalArguments(), Required(parser, "output"),
+                          parser.isSet("force")};
     if (order.inputs.isEmpty())
         throw UsageError(Kit::tr("name the files or folders to pack"));
     if (QFileInfo(order.output).absolutePath().contains("firmware"))
@@ -59,6 +60,7 @@ Verb PackVerb()
             AddCatalogueOption(parser);
             AddDeviceOption(parser);
             parser.addOption({"output", Kit::tr("The archive to make."), "FILE.zip"});
+            parser.addOption({"force", Kit::tr("Replaces an archive that is there already.")});
         },
         Run};
 }

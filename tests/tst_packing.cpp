@@ -80,7 +80,10 @@ private slots:
         QCOMPARE(
             Run(folder, PackOrder + QStringList{"@/b.zip", "@/firmware/view", "@/firmware/fw_7_1_0_v2.0.bin"}).status,
             0);
-        QCOMPARE(Run(folder, PackOrder + QStringList{"@/firmware/a.zip", "@/firmware"}).status, 0);
+        const QStringList again{"@/firmware/a.zip", "@/firmware"};
+        QVERIFY(Run(folder, PackOrder + again).err.contains("a.zip: is there already; "));
+        QVERIFY(zip == stage::ReadFile(folder.filePath("firmware/a.zip")));
+        QCOMPARE(Run(folder, PackOrder + again + QStringList{"--force"}).status, 0);
         qunsetenv("TZ");
         QVERIFY(!zip.isEmpty() && zip == stage::ReadFile(folder.filePath("b.zip")));
         QVERIFY(zip == stage::ReadFile(folder.filePath("firmware/a.zip")));
@@ -136,7 +139,7 @@ private slots:
     void FullDisk_data()
     {
         const Table<QStringList, int, QString> row("arguments", "limit", "line");
-        row("pack", PackOrder + QStringList{"@/a.zip", "@/in"}, 16, "pack: @/a.zip: cannot be written (");
+        row("pack", PackOrder + QStringList{"@/a.zip", "--force", "@/in"}, 16, "pack: @/a.zip: cannot be written (");
         row("certify", {"certify", "@/in"}, 0, "certify: @/in/fw_7_1_0_v2.0.bin.sha256: cannot be written (");
         row("verify", {"verify", "--catalogue", "@/updater.json", "@/b.zip"}, 16,
             "verify: @/b.zip: cannot be unpacked in @ ");
@@ -163,7 +166,7 @@ private slots:
     void SignalsLeaveNothing_data()
     {
         const Table<QStringList, int> row("arguments", "signal");
-        const QStringList pack = PackOrder + QStringList{"@/a.zip", "@/in"};
+        const QStringList pack = PackOrder + QStringList{"@/a.zip", "--force", "@/in"};
         const QStringList verify{"verify", "--catalogue", "@/updater.json", "@/large.zip"};
         row("pack, interrupted", pack, SIGINT);
         row("pack, terminated", pack, SIGTERM);
@@ -248,6 +251,7 @@ private slots:
         row("both ways", {"certify", "--check", "--force", "@/in"}, " certify: --check only looks and");
         row("packed certificates", pack + QStringList{"--output", "@/a.zip", "@/in/c.sha256"},
             " pack: the inputs hold no file");
+        row("output there", pack + QStringList{"--output", "@/target", "@/x"}, " pack: @/target: is there already");
         row("certificate is a link", {"certify", "@/in/linked"}, " certify: @/in/linked.sha256: is no regular file");
     }
     void Misuse()
