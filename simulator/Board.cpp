@@ -8,8 +8,6 @@
 namespace {
 
 constexpr qsizetype MaxImage = qsizetype(64) * 1024 * 1024;
-// Blocks do not tell the size of the whole, so progress can only be told in steps of bytes.
-constexpr qsizetype ProgressStep = qsizetype(64) * 1024;
 
 [[noreturn]] void Refuse(const QString& why)
 {
@@ -58,8 +56,8 @@ Board::Outcome Board::Handle(const QByteArray& pdu)
             return HandleBinary(Frame::BinaryOf(Frame::Content(pdu)));
         throw Frame::Refusal{Frame::IllegalFunction, QString::asprintf("no function 0x%02x", function)};
     } catch (const Frame::Refusal& refusal) {
-        return {Frame::ExceptionPdu(function, refusal.code),
-                QString::asprintf("refused with exception 0x%02x: ", refusal.code) + refusal.why};
+        return {Frame::ExceptionPdu(function, refusal.code), refusal.why,
+                QString::asprintf("; refused with exception 0x%02x", refusal.code)};
     }
 }
 
@@ -74,14 +72,14 @@ Board::Outcome Board::HandleText(const QByteArray& command) const
         answer = "VER " + Versions() + ";";
     else // whatever was sent, the log stays readable text
         Refuse("unknown text command " + command.toPercentEncoding(" ?;\""));
-    return {Frame::ContentPdu(Frame::TextFunction, answer.toUtf8()), command + " answered " + answer};
+    return {Frame::ContentPdu(Frame::TextFunction, answer.toUtf8()), command, " answered " + answer};
 }
 
 Board::Outcome Board::HandleBinary(const Frame::BinaryCommand& command)
 {
     Outcome outcome;
     if (command.word == Frame::BlockWord) {
-        outcome.event = WriteBlock(command.value, command.payload);
+        WriteBlock(command, outcome);
     } else if (command.word == Frame::CrcWord) {
         outcome.event = CheckCrc(command.value);
     } else {
@@ -97,9 +95,11 @@ Board::Outcome Board::HandleBinary(const Frame::BinaryCommand& command)
     return outcome;
 }
 
-QString Board::WriteBlock(quint32 offset, const QByteArray& payload)
+void Board::WriteBlock(const Frame::BinaryCommand& command, Outcome& outcome)
 {
     const qsizetype before = m_image.size();
+    const quint32 offset = command.value;
+    const QByteArray& payload = command.payload;
     if (offset != 0 && offset != before)
         Refuse(QString("block at offset %1 expected, %2 came").arg(before).arg(offset));
     if (payload.isEmpty() || offset + payload.size() > MaxImage)
@@ -109,10 +109,11 @@ QString Board::WriteBlock(quint32 offset, const QByteArray& payload)
     m_image += payload;
     m_imageCrc = Frame::Crc16(payload, m_imageCrc);
     m_isCrcConfirmed = false;
-    if (offset == 0)
-        return before == 0 ? "image started" : QString("image started anew, %1 bytes dropped").arg(before);
-    const bool isStep = before / ProgressStep != m_image.size() / ProgressStep;
-    return isStep ? QString("%1 image bytes received").arg(m_image.size()) : QString();
+    outcome.event = QString("block of %1 bytes at offset %2").arg(payload.size()).arg(offset);
+    if (offset == 0 && before > 0)
+        outcome.event += QString(", image started anew, %1 bytes dropped").arg(before);
+    else
+        outcome.block = payload.size();
 }
 
 QString Board::CheckCrc(quint32 crc)

@@ -22,7 +22,9 @@ public:
     struct Outcome
     {
         QByteArray pdu;                      ///< the answer
-        QString event;                       ///< one line for people, empty: nothing to tell
+        QString event;                       ///< one line for people: what came and what was done
+        QString reply;                       ///< what follows the event when the answer goes out as it is
+        qsizetype block = 0;                 ///< image bytes of a block that was simply taken
         const Processor* accepted = nullptr; ///< took a new image with this request; the board's
     };
 
@@ -46,8 +48,8 @@ public:
 private:
     Outcome HandleText(const QByteArray& command) const;
     Outcome HandleBinary(const Frame::BinaryCommand& command);
-    /// These three return the event's text, or throw Frame::Refusal.
-    QString WriteBlock(quint32 offset, const QByteArray& payload);
+    /// These three throw Frame::Refusal; two return the event's text.
+    void WriteBlock(const Frame::BinaryCommand& command, Outcome& outcome);
     QString CheckCrc(quint32 crc);
     QString Finish(Processor* target, quint32 size);
     QString Versions() const;

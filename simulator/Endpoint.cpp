@@ -1,7 +1,8 @@
 #include "Endpoint.h"
 
+#include "WholeFile.h"
+
 #include <QDir>
-#include <QPointer>
 #include <QSaveFile>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -16,6 +17,17 @@ namespace {
 
 /// Long enough for the client to see each segment by itself.
 constexpr std::chrono::milliseconds SegmentPause{1};
+
+/// How a line about a request begins.
+QString Named(int number)
+{
+    return QString("request %1: ").arg(number);
+}
+
+double Seconds(std::chrono::milliseconds time)
+{
+    return double(time.count()) / 1000;
+}
 
 } // namespace
 
@@ -94,40 +106,43 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     Connection& connection = m_connections[socket];
     if (connection.fault && connection.last == request) {
         m_plan->CountRepetition();
-        return Tell(request.unit, "repeated, not answered");
+        return Tell(request.unit, Named(connection.number) + "repeated, not answered");
     }
-    connection.fault = m_plan->Strike();
-    connection.last = request;
-    connection.units.insert(request.unit);
-    const std::optional<Fault::Kind> fault = connection.fault;
-    emit Requested(m_plan->RequestCount(), request.pdu.at(0) == char(Frame::BinaryFunction));
     const auto unit = m_units.find(request.unit);
+    const std::optional<Fault::Kind> fault = m_plan->Strike(unit != m_units.end() && !unit->second.IsSilent());
+    const int number = m_plan->RequestCount();
+    connection.fault = fault;
+    connection.last = request;
+    connection.number = number;
+    connection.units.insert(request.unit);
+    emit Requested(number, request.pdu.at(0) == char(Frame::BinaryFunction));
     if (unit == m_units.end()) {
         const quint8 function = quint8(request.pdu.at(0));
         socket->write(Frame::Answer(request, Frame::ExceptionPdu(function, Frame::TargetDoesNotRespond)));
-        return Tell(request.unit, "refused with exception 0x0b: no such unit here");
+        return Tell(request.unit, Named(number) + "no such unit here; refused with exception 0x0b");
     }
     if (unit->second.IsSilent())
-        return Tell(request.unit, "restarting, request not answered");
-    if (fault)
-        Tell(request.unit, QString("request %1: fault ").arg(m_plan->RequestCount()) + Fault::Name(*fault));
+        return Tell(request.unit, Named(number) + "restarting, not answered");
     if (fault && !Fault::LetsBoardAct(*fault))
         return Lose(socket, request, *fault);
     const Board::Outcome outcome = unit->second.Handle(request.pdu);
-    if (!outcome.event.isEmpty())
-        Tell(request.unit, outcome.event);
+    if (!fault && outcome.block > 0)
+        CountBlock(request.unit, number, outcome.block);
+    else if (!fault)
+        Tell(request.unit, Named(number) + outcome.event + outcome.reply);
     if (outcome.accepted != nullptr && !m_options.imageFolder.isEmpty())
         Save(request.unit, *outcome.accepted);
     // The answer is still in the toolkit's buffer when the restart begins, and goes out, before the hang-up, once the
     // event loop has control again: whoever gets it finds the unit already off the network.
     const std::function<void()> restart = [this, address = request.unit] { Restart(address); };
     Answer(
-        socket, request, outcome.pdu, outcome.accepted != nullptr ? restart : [] {});
+        socket, request, outcome, outcome.accepted != nullptr ? restart : [] {});
 }
 
 void Endpoint::Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault)
 {
-    Send(socket, Fault::Segments(fault, request, {}), [] {});
+    Send({socket, Fault::Segments(fault, request, {}), request.unit,
+          Named(m_plan->RequestCount()) + "fault " + Fault::Name(fault) + ", not carried out"});
     if (fault == Fault::Off || fault == Fault::Refuse)
         Stop();
     m_isOff = m_isOff || fault == Fault::Off;
@@ -148,42 +163,68 @@ void Endpoint::Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Ki
     }
 }
 
-void Endpoint::Answer(QTcpSocket* socket, const Frame::Request& request, const QByteArray& pdu,
+void Endpoint::Answer(QTcpSocket* socket, const Frame::Request& request, const Board::Outcome& outcome,
                       const std::function<void()>& then)
 {
-    const QByteArray answer = Frame::Answer(request, pdu);
+    const QByteArray answer = Frame::Answer(request, outcome.pdu);
     const std::optional<Fault::Kind> fault = m_connections[socket].fault;
-    const QList<QByteArray> segments = fault ? Fault::Segments(*fault, request, answer) : QList{answer};
+    if (!fault)
+        return Send({socket, {answer}, request.unit, {}, {}, then});
+    const QString line = Named(m_plan->RequestCount()) + "fault " + Fault::Name(*fault);
+    const QList<QByteArray> segments = Fault::Segments(*fault, request, answer);
     if (fault != Fault::Late && fault != Fault::TooLate) {
-        Send(socket, segments, then);
+        Send({socket, segments, request.unit, line, ": " + outcome.event, then});
         if (fault == Fault::Close)
             Close(socket);
         return;
     }
     const auto delay = fault == Fault::Late ? m_options.late : m_options.tooLate;
-    QTimer::singleShot(delay, Qt::PreciseTimer, this,
-                       [=, this, still = QPointer(socket)] { Send(still, segments, then); });
+    Tell(request.unit, line + QString(", answer in %1 s: ").arg(Seconds(delay)) + outcome.event);
+    const Sending sending{socket, segments, request.unit, line, {}, then};
+    QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, sending] { Send(sending); });
 }
 
-void Endpoint::Send(QTcpSocket* socket, QList<QByteArray> segments, const std::function<void()>& then)
+void Endpoint::Send(Sending sending)
 {
     // A client that is gone misses the rest; the board goes on all the same.
-    if (!segments.isEmpty() && m_connections.contains(socket))
-        socket->write(segments.takeFirst());
-    else
-        segments.clear();
-    if (segments.isEmpty())
-        return then();
-    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    socket->flush();
-    QTimer::singleShot(SegmentPause, Qt::PreciseTimer, this,
-                       [=, this, still = QPointer(socket)] { Send(still, segments, then); });
+    if (!sending.segments.isEmpty() && m_connections.contains(sending.socket)) {
+        const QByteArray segment = sending.segments.takeFirst();
+        sending.socket->write(segment);
+        sending.sent.append(segment.toHex(' '));
+    } else {
+        sending.segments.clear();
+    }
+    if (sending.segments.isEmpty()) {
+        const QByteArray sent = sending.sent.isEmpty() ? "nothing sent" : "sent " + sending.sent.join(" | ");
+        if (!sending.line.isEmpty())
+            Tell(sending.unit, sending.line + ", " + sent + sending.event);
+        return sending.then();
+    }
+    sending.socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    sending.socket->flush();
+    QTimer::singleShot(SegmentPause, Qt::PreciseTimer, this, [this, sending] { Send(sending); });
+}
+
+void Endpoint::CountBlock(int unit, int number, qsizetype bytes)
+{
+    if (m_blocks.count > 0 && m_blocks.unit != unit)
+        TellBlocks();
+    m_blocks = {unit, m_blocks.count == 0 ? number : m_blocks.first, number, m_blocks.count + 1,
+                m_blocks.bytes + bytes};
+}
+
+void Endpoint::TellBlocks()
+{
+    const Blocks blocks = std::exchange(m_blocks, {});
+    if (blocks.count > 0)
+        Tell(blocks.unit, QString("requests %1..%2: ").arg(blocks.first).arg(blocks.last)
+                              + QString("blocks taken: %1, image bytes: %2").arg(blocks.count).arg(blocks.bytes));
 }
 
 void Endpoint::Silence(int address)
 {
     m_units.at(address).GoSilent();
-    Tell(address, QString("silent for %1 s").arg(double(m_options.restart.count()) / 1000));
+    Tell(address, QString("silent for %1 s").arg(Seconds(m_options.restart)));
     // With nobody left to answer, the address is off the network, as a restarting board's is.
     if (std::all_of(m_units.begin(), m_units.end(), [](const auto& unit) { return unit.second.IsSilent(); }))
         Stop();
@@ -222,11 +263,9 @@ void Endpoint::Save(int address, const Processor& processor)
 {
     const QString place = m_ip.toString() + QString("_%1_%2_%3").arg(m_port).arg(address).arg(processor.id);
     QSaveFile file(QDir(m_options.imageFolder).filePath(place + ".img"));
-    // Committed only when all of it was written: the commit would let a short write replace the older
-    // image. Without it the unfinished file is dropped.
-    if (file.open(QIODevice::WriteOnly) && file.write(processor.image) == processor.image.size() && file.flush()
-        && file.commit())
-        Tell(address, "image saved as " + file.fileName());
+    const QString former = QFile::exists(file.fileName()) ? ", in place of the one before" : "";
+    if (file.open(QIODevice::WriteOnly) && CommitWhole(file, processor.image))
+        Tell(address, "image saved as " + file.fileName() + former);
     else
         Tell(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); is the disk full?");
 }
@@ -248,6 +287,7 @@ void Endpoint::Close(QTcpSocket* socket)
 
 void Endpoint::Tell(const QString& what)
 {
+    TellBlocks();
     emit Event(m_ip.toString() + ':' + QString::number(m_port) + ' ' + what);
 }
 

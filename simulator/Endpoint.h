@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QHostAddress>
+#include <QPointer>
 #include <QSet>
 
 #include <functional>
@@ -27,6 +28,8 @@ public:
     bool Listen(QString* error);
     /// Neither listens nor has connections any more.
     void Stop();
+    /// Tells of the blocks that came since the last line.
+    void TellBlocks();
     quint16 Port() const { return m_port; }
 
 signals:
@@ -40,6 +43,29 @@ private:
         QSet<int> units;                  ///< unit addresses it sent requests to
         std::optional<Fault::Kind> fault; ///< that struck `last`
         Frame::Request last;
+        int number = 0; ///< of `last`
+    };
+
+    /// Blocks that came one after the other: thousands of them are one line of the log.
+    struct Blocks
+    {
+        int unit = 0;
+        int first = 0; ///< number of the request
+        int last = 0;
+        int count = 0;
+        qsizetype bytes = 0;
+    };
+
+    /// What is to be sent, and the line that says so when it was.
+    struct Sending
+    {
+        QPointer<QTcpSocket> socket;
+        QList<QByteArray> segments;
+        int unit = 0;
+        QString line;       ///< goes before what was sent; empty: nothing to tell
+        QString event = {}; ///< goes behind it
+        std::function<void()> then = [] {};
+        QByteArrayList sent = {}; ///< so far, each segment as hex
     };
 
     void AcceptConnections();
@@ -48,10 +74,11 @@ private:
     /// What a fault does by which the board never sees the request.
     void Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault);
     /// Answers `request`, calls `then` when all of it is sent.
-    void Answer(QTcpSocket* socket, const Frame::Request& request, const QByteArray& pdu,
+    void Answer(QTcpSocket* socket, const Frame::Request& request, const Board::Outcome& outcome,
                 const std::function<void()>& then);
-    /// Sends the first of `segments`, and each of the others by itself behind it.
-    void Send(QTcpSocket* socket, QList<QByteArray> segments, const std::function<void()>& then);
+    /// Sends the first segment, and each of the others by itself behind it.
+    void Send(Sending sending);
+    void CountBlock(int unit, int number, qsizetype bytes);
     void Restart(int address);
     void Save(int address, const Processor& processor);
     void ListenAgain();
@@ -70,5 +97,6 @@ private:
     QTcpServer* m_server;                         // child
     std::map<int, Board> m_units;                 // by unit address; a map, so that units never move
     QHash<QTcpSocket*, Connection> m_connections; // the sockets are children of m_server
+    Blocks m_blocks;
     bool m_isOff = false;
 };

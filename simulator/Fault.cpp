@@ -82,6 +82,11 @@ QString Fault::Name(Kind kind)
     return Table().at(kind).name;
 }
 
+QString Fault::Text() const
+{
+    return Name(kind) + '@' + (request == Always ? "always" : QString::number(request));
+}
+
 std::optional<QList<Fault>> Fault::Parse(const QString& text, QString* error)
 {
     QList<Fault> faults;
@@ -165,26 +170,45 @@ QList<QByteArray> Fault::Segments(Kind kind, const Frame::Request& request, cons
     return {answer};
 }
 
-std::optional<Fault::Kind> FaultPlan::Strike()
+std::optional<Fault::Kind> FaultPlan::Strike(bool isHeard)
 {
     ++m_requests;
-    for (const Fault& fault : m_faults) {
+    for (qsizetype i = 0; i < m_faults.size(); ++i) {
+        const Fault& fault = m_faults[i];
         if (fault.request != Fault::Always && fault.request != m_requests)
             continue;
-        if (!Fault::WaitsForAnImage(fault.kind))
+        if (Fault::WaitsForAnImage(fault.kind)) {
+            m_armed = i;
+        } else if (isHeard) {
+            m_struck.insert(i);
             return fault.kind;
-        m_armed = fault.kind;
+        }
     }
     return std::nullopt;
 }
 
 std::optional<Fault::Kind> FaultPlan::TakeArmed()
 {
-    return std::exchange(m_armed, std::nullopt);
+    const auto armed = std::exchange(m_armed, std::nullopt);
+    if (!armed)
+        return std::nullopt;
+    m_struck.insert(*armed);
+    return m_faults[*armed].kind;
 }
 
 void FaultPlan::Set(const QList<Fault>& faults)
 {
     m_faults = faults;
+    m_struck.clear();
     m_armed.reset();
+}
+
+QList<Fault> FaultPlan::Unstruck() const
+{
+    QList<Fault> unstruck;
+    for (qsizetype i = 0; i < m_faults.size(); ++i) {
+        if (!m_struck.contains(i))
+            unstruck.append(m_faults[i]);
+    }
+    return unstruck;
 }

@@ -3,6 +3,7 @@
 #include "Frame.h"
 
 #include <QList>
+#include <QSet>
 
 #include <optional>
 
@@ -50,6 +51,8 @@ struct Fault
     /// By kind.
     static const QList<Entry>& Table();
     static QString Name(Kind kind);
+    /// "KIND@N" or "KIND@always", as Parse reads it.
+    QString Text() const;
     /// Reads "KIND@N[,KIND@N…]", N a number from 1 or "always". Nothing, with one line in *error, for what is none.
     static std::optional<QList<Fault>> Parse(const QString& text, QString* error);
 
@@ -65,20 +68,23 @@ struct Fault
 class FaultPlan
 {
 public:
-    /// Counts a request. The kind that strikes it, if any.
-    std::optional<Fault::Kind> Strike();
+    /// Counts a request. The kind that strikes it, if any; `isHeard`: there is a unit that can misbehave.
+    std::optional<Fault::Kind> Strike(bool isHeard);
     /// A client sends a request once more that was struck already; it keeps its number.
     void CountRepetition() { ++m_repetitions; }
     /// The armed fault for an image that was accepted just now; it strikes one image only, unless it always does.
     std::optional<Fault::Kind> TakeArmed();
     void Set(const QList<Fault>& faults);
+    /// Those that never showed so far.
+    QList<Fault> Unstruck() const;
 
     int RequestCount() const { return m_requests; }
     int RepetitionCount() const { return m_repetitions; }
 
 private:
     QList<Fault> m_faults;
-    std::optional<Fault::Kind> m_armed;
+    QSet<qsizetype> m_struck; // indexes in m_faults
+    std::optional<qsizetype> m_armed;
     int m_requests = 0;
     int m_repetitions = 0;
 };

@@ -34,6 +34,17 @@ bool Instrument::Start(QString* error)
     return false;
 }
 
+void Instrument::End()
+{
+    for (Endpoint* endpoint : std::as_const(m_endpoints)) {
+        endpoint->Stop();
+        endpoint->TellBlocks();
+    }
+    const QList<Fault> unstruck = m_plan.Unstruck();
+    for (const Fault& fault : unstruck)
+        emit Event("fault " + fault.Text() + " never struck");
+}
+
 TDeviceRecord Instrument::Device() const
 {
     TDeviceRecord device = m_device;

@@ -51,9 +51,11 @@ public:
     int RepetitionCount() const { return m_plan.RepetitionCount(); }
     /// From now on it misbehaves like this; numbers go on counting from the start.
     void SetFaults(const QList<Fault>& faults) { m_plan.Set(faults); }
+    /// Listens no more, and tells what only the end can tell: blocks of a transfer under way, faults that never struck.
+    void End();
 
 signals:
-    /// One line without a time stamp, beginning with "ip:port ".
+    /// One line without a time stamp. What happens at a socket begins with "ip:port ".
     void Event(const QString& line);
     /// A request has come and is about to be dealt with; the binary ones write images.
     void Requested(int number, bool isBinary);

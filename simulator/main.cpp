@@ -4,28 +4,77 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QSocketNotifier>
 #include <QTemporaryFile>
 #include <QTime>
 
+#include <cerrno>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
+#include <optional>
+
+#include <sys/signalfd.h>
 
 namespace {
 
 constexpr int MaxSerial = 64;
 constexpr double MaxRestartSeconds = 3600;
 
-/// Whoever watches through a pipe sees each line when it happens.
-void Print(const QString& line)
+/// Whoever watches through a pipe sees each line when it happens. Throws BadInput.
+void Write(const QString& text)
 {
-    const QString text = QTime::currentTime().toString("HH:mm:ss.zzz ") + line.simplified() + '\n';
-    std::fputs(text.toLocal8Bit().constData(), stdout);
-    std::fflush(stdout);
+    if (std::fputs(text.toLocal8Bit().constData(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return;
+    throw BadInput{"standard output cannot be written (" + qt_error_string(errno)
+                   + "); make room where it goes, or let it be read to the end"};
+}
+
+/// The first failure to write the log ends the program; nothing may be thrown through the event loop.
+class Log
+{
+public:
+    void Line(const QString& line)
+    {
+        try {
+            if (!m_failure)
+                Write(QTime::currentTime().toString("HH:mm:ss.zzz ") + line.simplified() + '\n');
+        } catch (const BadInput& bad) {
+            m_failure = bad;
+            QCoreApplication::quit();
+        }
+    }
+    /// Throws BadInput when a line could not be written.
+    void RequireWritten() const
+    {
+        if (m_failure)
+            throw BadInput(*m_failure);
+    }
+
+private:
+    std::optional<BadInput> m_failure;
+};
+
+/// SIGINT and SIGTERM end the event loop, unless whoever started the program had it ignore them.
+void QuitOnSignals()
+{
+    sigset_t signalsToRead;
+    sigemptyset(&signalsToRead);
+    for (const int number : {SIGINT, SIGTERM}) {
+        struct sigaction present = {};
+        if (sigaction(number, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
+            sigaddset(&signalsToRead, number);
+    }
+    pthread_sigmask(SIG_BLOCK, &signalsToRead, nullptr);
+    auto* notifier = new QSocketNotifier(signalfd(-1, &signalsToRead, SFD_CLOEXEC), QSocketNotifier::Read,
+                                         QCoreApplication::instance());
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, &QCoreApplication::quit);
 }
 
 QString FaultHelp()
 {
-    QString help = "How it misbehaves, at request N counted from 1 over all units, or at every one (KIND@always).";
+    QString help = "How it misbehaves, at request N counted from 1 over all units (the log tells each one's number), "
+                   "or at every one (KIND@always). Given several times, all of them count.";
     for (const Fault::Entry& fault : Fault::Table())
         help += "\n" + fault.name + ": " + fault.meaning + ".";
     return help;
@@ -37,6 +86,7 @@ void AddOptions(QCommandLineParser& parser)
                                      "addresses. It ends on SIGINT or SIGTERM.");
     parser.addOptions({
         {{"h", "help"}, "This text."},
+        {"version", "The program's version."},
         {"catalogue", "The device catalogue.", "updater.json"},
         {"device", "Which device of the catalogue, counted from 0. Default 0.", "N", "0"},
         {"serial", "Serial number: ASCII without space and \";\". Default 000001.", "TEXT", "000001"},
@@ -64,7 +114,7 @@ Instrument::Options ReadOptions(const QCommandLineParser& parser)
     if (parser.isSet("images") && (options.imageFolder.isEmpty() || !QTemporaryFile(probe).open()))
         throw BadInput{"--images \"" + options.imageFolder + "\" must be a folder where files can be written"};
     QString error;
-    const auto faults = parser.isSet("fault") ? Fault::Parse(parser.value("fault"), &error) : QList<Fault>();
+    const auto faults = parser.isSet("fault") ? Fault::Parse(parser.values("fault").join(','), &error) : QList<Fault>();
     if (!faults)
         throw BadInput{"--fault: " + error};
     options.faults = *faults;
@@ -83,15 +133,21 @@ int Run(const QCommandLineParser& parser)
     if (!isNumber)
         throw BadInput{"--device must be a whole number; devices count from 0"};
     const Instrument::Options options = ReadOptions(parser);
+    QuitOnSignals();
     const TDeviceRecord device = LoadDevice(parser.value("catalogue"), index);
     Instrument instrument(device, options);
-    QObject::connect(&instrument, &Instrument::Event, &instrument, &Print);
+    Log log;
+    QObject::connect(&instrument, &Instrument::Event, &instrument, [&log](const QString& line) { log.Line(line); });
     QString error;
     if (!instrument.Start(&error))
         throw BadInput{parser.value("catalogue") + QString(": device %1: ").arg(index) + error};
-    Print("ready: " + device.Name + QString(", %1 modules").arg(instrument.ModuleCount())
-          + QString(" on %1 addresses").arg(instrument.AddressCount()));
-    return QCoreApplication::exec();
+    log.Line("ready: " + device.Name + QString(", %1 modules").arg(instrument.ModuleCount())
+             + QString(" on %1 addresses").arg(instrument.AddressCount()));
+    log.RequireWritten();
+    QCoreApplication::exec();
+    instrument.End();
+    log.RequireWritten();
+    return 0;
 }
 
 } // namespace
@@ -101,12 +157,14 @@ int main(int argc, char* argv[])
     const QCoreApplication app(argc, argv);
     QCommandLineParser parser;
     AddOptions(parser);
+    // A reader of the log that is gone is an error of the next line, which names it.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         if (!parser.parse(QCoreApplication::arguments()))
             throw BadInput{parser.errorText() + " See --help."};
-        if (!parser.isSet("help"))
+        if (!parser.isSet("help") && !parser.isSet("version"))
             return Run(parser);
-        std::fputs(parser.helpText().toLocal8Bit().constData(), stdout);
+        Write(parser.isSet("help") ? parser.helpText() : "instrument-simulator " SIMULATOR_VERSION "\n");
         return 0;
     } catch (const BadInput& bad) {
         const QString line = "instrument-simulator: " + bad.why.simplified() + '\n';

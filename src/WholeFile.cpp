@@ -4,8 +4,6 @@
 
 bool CommitWhole(QSaveFile& file, const QByteArray& content)
 {
-    // Cancelled first, the commit fails.
-    if (file.write(content) != content.size() || !file.flush())
-        file.cancelWriting();
-    return file.commit();
+    // Without the commit the save file drops what it wrote, and keeps the reason as its error.
+    return file.write(content) == content.size() && file.flush() && file.commit();
 }
