@@ -57,7 +57,7 @@ Board::Outcome Board::Handle(const QByteArray& pdu)
         throw Frame::Refusal{Frame::IllegalFunction, QString::asprintf("no function 0x%02x", function)};
     } catch (const Frame::Refusal& refusal) {
         return {Frame::ExceptionPdu(function, refusal.code), refusal.why,
-                QString::asprintf("; refused with exception 0x%02x", refusal.code)};
+                QString::asprintf(", refused with exception 0x%02x", refusal.code)};
     }
 }
 
@@ -71,7 +71,7 @@ Board::Outcome Board::HandleText(const QByteArray& command) const
     else if (command == "VER ?;")
         answer = "VER " + Versions() + ";";
     else // whatever was sent, the log stays readable text
-        Refuse("unknown text command " + command.toPercentEncoding(" ?;\""));
+        Refuse("unknown text command \"" + command.toPercentEncoding(" ?;") + '"');
     return {Frame::ContentPdu(Frame::TextFunction, answer.toUtf8()), command, " answered " + answer};
 }
 

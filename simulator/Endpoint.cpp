@@ -111,6 +111,8 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     const auto unit = m_units.find(request.unit);
     const std::optional<Fault::Kind> fault = m_plan->Strike(unit != m_units.end() && !unit->second.IsSilent());
     const int number = m_plan->RequestCount();
+    if (fault)
+        TellBlocks();
     connection.fault = fault;
     connection.last = request;
     connection.number = number;
@@ -119,7 +121,7 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     if (unit == m_units.end()) {
         const quint8 function = quint8(request.pdu.at(0));
         socket->write(Frame::Answer(request, Frame::ExceptionPdu(function, Frame::TargetDoesNotRespond)));
-        return Tell(request.unit, Named(number) + "no such unit here; refused with exception 0x0b");
+        return Tell(request.unit, Named(number) + "no such unit here, refused with exception 0x0b");
     }
     if (unit->second.IsSilent())
         return Tell(request.unit, Named(number) + "restarting, not answered");
@@ -216,9 +218,12 @@ void Endpoint::CountBlock(int unit, int number, qsizetype bytes)
 void Endpoint::TellBlocks()
 {
     const Blocks blocks = std::exchange(m_blocks, {});
-    if (blocks.count > 0)
-        Tell(blocks.unit, QString("requests %1..%2: ").arg(blocks.first).arg(blocks.last)
-                              + QString("blocks taken: %1, image bytes: %2").arg(blocks.count).arg(blocks.bytes));
+    if (blocks.count == 0)
+        return;
+    const QString which =
+        blocks.count == 1 ? Named(blocks.first) + "1 block"
+                          : QString("requests %1..%2: %3 blocks").arg(blocks.first).arg(blocks.last).arg(blocks.count);
+    Tell(blocks.unit, which + QString(" taken, %1 image bytes").arg(blocks.bytes));
 }
 
 void Endpoint::Silence(int address)

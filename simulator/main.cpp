@@ -97,6 +97,15 @@ void AddOptions(QCommandLineParser& parser)
 }
 
 /// Throws BadInput.
+void RequireOnce(const QCommandLineParser& parser)
+{
+    for (const char* name : {"catalogue", "device", "serial", "restart", "images"}) {
+        if (parser.values(name).size() > 1)
+            throw BadInput{QString("--%1 is given more than once; give it once").arg(name)};
+    }
+}
+
+/// Throws BadInput.
 Instrument::Options ReadOptions(const QCommandLineParser& parser)
 {
     Instrument::Options options;
@@ -124,6 +133,7 @@ Instrument::Options ReadOptions(const QCommandLineParser& parser)
 /// Returns when the program ends. Throws BadInput.
 int Run(const QCommandLineParser& parser)
 {
+    RequireOnce(parser);
     if (!parser.positionalArguments().isEmpty())
         throw BadInput{"\"" + parser.positionalArguments().first() + "\" belongs to no option; see --help"};
     if (parser.value("catalogue").isEmpty())

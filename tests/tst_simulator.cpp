@@ -170,6 +170,67 @@ private slots:
         QCOMPARE(instrument.RepetitionCount(), 1);
     }
 
+    void log_data()
+    {
+        const Table<QByteArray, QString, QStringList> row("sent", "faults", "lines");
+        const QString ver = "unit 1: request %1: VER ?; answered VER 1.0 0.0 1.0;";
+        row("numbers of requests", "ver|09 47 0600 564552203f3b|01 03 0000 0001|01 47 0300 41223b|ver", "",
+            {ver.arg(1), "unit 9: request 2: no such unit here, refused with exception 0x0b",
+             "unit 1: request 3: no function 0x03, refused with exception 0x01",
+             "unit 1: request 4: unknown text command \"A%22;\", refused with exception 0x03", ver.arg(5)});
+        const QByteArray next = "01 48 0b00 01a0 0900 0000 01000000 ff";
+        row("blocks are one line", "ver|block|" + next + "|01 48 0600 02a0 4a96 0000|block", "",
+            {ver.arg(1), "unit 1: requests 2..3: 2 blocks taken, 10 image bytes",
+             "unit 1: request 4: CRC 0x964a of 10 image bytes right",
+             "unit 1: request 5: block of 9 bytes at offset 0, image started anew, 10 bytes dropped"});
+        row("blocks at the end", "block|" + next, "", {"unit 1: requests 1..2: 2 blocks taken, 10 image bytes"});
+        row("block that a fault struck", "block|" + next + "|01 48 0b00 01a0 0a00 0000 01000000 ff", "trickle@2",
+            {"unit 1: request 1: 1 block taken, 9 image bytes", "unit 1: request 3: 1 block taken, 1 image bytes",
+             "unit 1: request 2: fault trickle, sent 00 | 07 | 00 | 00 | 00 | 06 | 01 | 48 | 02 | 00 | 01 | a0: "
+             "block of 1 bytes at offset 9"});
+        row("repeated", "ver|ver", "silent@1",
+            {"unit 1: request 1: fault silent, nothing sent: VER ?;", "unit 1: request 1: repeated, not answered"});
+        row("request lost", "ver", "unheard@1", {"unit 1: request 1: fault unheard, not carried out, nothing sent"});
+        row("what went out", "crc", "exception@1,twice@2",
+            {"unit 1: request 1: fault exception, not carried out, sent 00 07 00 00 00 03 01 c8 04",
+             "fault twice@2 never struck"});
+        row("two segments", "crc", "twice@1",
+            {"unit 1: request 1: fault twice, sent 00 07 00 00 00 03 01 c8 03 | 00 07 00 00 00 03 01 c8 03: CRC wrong: "
+             "0xffff expected for 0 bytes, 0x4b37 came"});
+        row("late", "crc", "late@1",
+            {"unit 1: request 1: fault late, answer in 0.02 s: CRC wrong: 0xffff expected for 0 bytes, 0x4b37 came",
+             "unit 1: request 1: fault late, sent 00 07 00 00 00 03 01 c8 03"});
+        row("never struck", "09 47 0600 564552203f3b", "silent@1,old-version@1,close@always",
+            {"unit 9: request 1: no such unit here, refused with exception 0x0b", "fault silent@1 never struck",
+             "fault old-version@1 never struck", "fault close@always never struck"});
+    }
+    void log()
+    {
+        QFETCH(QByteArray, sent);
+        QFETCH(QString, faults);
+        QFETCH(QStringList, lines);
+        QString error;
+        const auto plan = faults.isEmpty() ? QList<Fault>() : Fault::Parse(faults, &error);
+        QVERIFY2(plan, qPrintable(error));
+        Instrument instrument(SharedSocket(), {.faults = *plan, .late = 20ms});
+        QStringList told;
+        connect(&instrument, &Instrument::Event, this, [&](const QString& line) {
+            if (const qsizetype at = line.indexOf("unit "); at >= 0 || line.startsWith("fault "))
+                told.append(line.mid(std::max<qsizetype>(at, 0)));
+        });
+        QVERIFY2(instrument.Start(&error), qPrintable(error));
+        QTcpSocket socket;
+        Connect(socket, instrument);
+        socket.write(Frames(sent));
+        const auto requests = int(sent.count('|') + 1);
+        QTRY_COMPARE(instrument.RequestCount() + instrument.RepetitionCount(), requests);
+        // What is sent late is told late; these lines come with the end only.
+        const auto atEnd = lines.filter("never struck").size() + lines.filter("blocks taken").size();
+        QTRY_VERIFY(told.size() >= lines.size() - atEnd);
+        instrument.End();
+        QCOMPARE(told, lines);
+    }
+
     void imageAndRestart()
     {
         const QTemporaryDir folder;
@@ -178,6 +239,14 @@ private slots:
         QVERIFY2(instrument.Start(&error), qPrintable(error));
         instrument.SetVersion(0, "3.1");
         const int port = instrument.Device().Boards[1].Port;
+        QFile saved(folder.filePath(QString("127.0.0.9_%1_1_2.img").arg(port)));
+        QVERIFY(saved.open(QIODevice::WriteOnly));
+        saved.close();
+        QStringList saves;
+        connect(&instrument, &Instrument::Event, this, [&saves](const QString& line) {
+            if (line.contains("image saved"))
+                saves.append(line);
+        });
         QTcpSocket first, second;
         Connect(first, instrument);
         Connect(second, instrument);
@@ -187,7 +256,6 @@ private slots:
         const QByteArray image = "UPDIMG1 2.5" + QByteArray(13, '\0');
         QCOMPARE(instrument.Image(1), image);
         QCOMPARE(instrument.Version(1), "1.0");
-        QFile saved(folder.filePath(QString("127.0.0.9_%1_1_2.img").arg(port)));
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll(), image);
         // The restarting unit says nothing while the other one behind its socket goes on.
@@ -206,6 +274,8 @@ private slots:
         received.clear();
         QTRY_COMPARE((received += first.readAll()).mid(10), "VER 3.1 0.0 2.5;");
         QCOMPARE(instrument.RequestCount(), 9);
+        QCOMPARE(saves.size(), 2);
+        QVERIFY(saves[0].endsWith("_1_2.img, in place of the one before") && saves[1].endsWith("_3_1.img"));
     }
 
     void program_data()
@@ -218,7 +288,7 @@ private slots:
         };
         const char* const good = "'Ip': '127.0.0.2', 'Port': TAKEN";
         const QString file = "--catalogue|FILE";
-        row("good", good, file, "");
+        row("good", good, file + "|--fault|silent@1|--fault|close@2", "");
         row("unknown option", good, file + "|--speed|2", "speed");
         row("no catalogue", good, "--device|0", "--catalogue");
         row("no such file", good, file + ".gone", "updater.json.gone");
@@ -239,6 +309,8 @@ private slots:
             row(qPrintable("serial " + QString(serial)), good, file + "|--serial|" + serial, "--serial");
         for (const char* time : {"x", "-1", "3600.1", "nan"})
             row(qPrintable("restart " + QString(time)), good, file + "|--restart|" + time, "--restart");
+        row("option twice", good, file + "|--restart|1|--restart|2", "--restart is given more than once");
+        row("log unwritable", good, file, "standard output");
         row("unknown fault", good, file + "|--fault|silent@1,shy@2", "shy");
         row("fault at no request", good, file + "|--fault|silent@0", "silent@0");
         row("no folder", good, file + "|--images|FILE", "--images");
@@ -259,11 +331,18 @@ private slots:
         file.write(board.contains("EMPTY") ? "" : board);
         file.close();
         QProcess process;
+        if (word == "standard output")
+            process.setStandardOutputFile("/dev/full");
         process.start(SIMULATOR_PROGRAM, options.replace("FILE", file.fileName()).split('|'));
         if (word.isEmpty()) {
             QVERIFY(process.waitForReadyRead());
             QVERIFY(process.readAllStandardOutput().endsWith(" ready: X, 1 modules on 1 addresses\n"));
-            return process.close();
+            process.terminate();
+            QVERIFY(process.waitForFinished());
+            const QByteArray end = process.readAllStandardOutput();
+            QVERIFY2(end.contains("silent@1 never struck\n") && end.endsWith("close@2 never struck\n"), end);
+            QCOMPARE(process.exitCode(), 0);
+            return;
         }
         QVERIFY(process.waitForFinished());
         const QByteArray line = process.readAllStandardError();
