@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 
 class QAbstractButton;
@@ -23,6 +24,9 @@ public:
 
     /// The last step of AnswerBox.
     static constexpr char BoxIsGone[] = "the box is gone";
+
+    /// Far above what any step takes: only a program that hangs comes to it.
+    static constexpr std::chrono::milliseconds GivesUp = std::chrono::minutes(1);
 
     Hand();
 
@@ -45,9 +49,9 @@ public:
     void EnterFolder(const QString& title, const QString& name);
 
     /// Does the steps from the running event loop; Finished tells the end.
-    void Start(std::chrono::milliseconds stepLimit);
+    void Start(std::chrono::milliseconds stepLimit = GivesUp);
     /// Does the steps now; true when all were done. `Failure` names the step that was not.
-    bool Run(std::chrono::milliseconds stepLimit = std::chrono::seconds(15));
+    bool Run(std::chrono::milliseconds stepLimit = GivesUp);
     QString Failure;
     /// Name of the step that is waited for; empty when all are done.
     QString Next() const { return m_steps.isEmpty() ? QString() : m_steps.first().name; }

@@ -273,7 +273,7 @@ private:
     QSet<QString> m_seen;
     QString m_picture;
     QDeadlineTimer m_rest{0};
-    QDeadlineTimer m_limit{15s};
+    QDeadlineTimer m_limit{60s};
     int m_connections = 0;
     int m_writes = 0;
     int m_runs = 0;

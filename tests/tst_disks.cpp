@@ -194,7 +194,8 @@ private slots:
         stage::WriteFile(Panel::Path("viewer.ver"), "1.0");
         Actor one;
         Panel panel;
-        g_timeLimits.systemCommand = 500ms;
+        // Only these commands have no end.
+        g_timeLimits.systemCommand = QByteArray(QTest::currentDataTag()).startsWith("sudo asks") ? 500ms : 60s;
         panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0), stage::Program("b", "viewer", "viewer")})});
         panel.TakeArchive(stage::WithCertificates({{"viewer/viewer", NewProgram}, {"viewer/viewer.ver", "2.0"}}));
         QFETCH(Break, fault);
@@ -279,7 +280,7 @@ private slots:
         panel.window = std::make_unique<MainWindow>(nullptr);
         panel.window->show();
         panel.WaitForVersions();
-        QVERIFY2(panel.hand.Run(1min), qPrintable(panel.hand.Failure));
+        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
         // The table holds ten boards: the first one answers, and so do those that are reached as the catalogue says.
         QFETCH(QString, version);
         QCOMPARE(panel.Versions(), "1.0" + (" " + version).repeated(9));

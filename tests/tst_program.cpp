@@ -6,7 +6,6 @@
 #include "Table.h"
 
 #include <QDeadlineTimer>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -131,10 +130,7 @@ private slots:
         QFETCH(QByteArray, silentOn);
         QFETCH(int, size);
         int blocks = 0;
-        // Counts from the last request on: a busy machine takes its time to start a program.
-        QElapsedTimer timer;
         FakeBoard board([&](QTcpSocket& socket, const QByteArray& request) {
-            timer.start();
             if (request.at(7) == 0x48) {
                 ++blocks;
                 socket.write(FakeBoard::Answer(request, 0x48, QByteArray("\2\0", 2) + request.mid(10, 2)));
@@ -153,8 +149,9 @@ private slots:
         const QByteArray log = process.readAllStandardError();
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QVERIFY2(process.exitCode() == 0, log.right(600));
-        QVERIFY(timer.elapsed() < 9000);
         QVERIFY(log.contains("Try connect"));
+        // An answer whose time limit runs out is logged without a text: the close did not wait for that.
+        QVERIFY2(!log.contains("updater/TcpModbus.cpp \n"), log.right(600));
         QCOMPARE(blocks > 0, size > 0);
         QVERIFY(blocks < 3000000 / 240);
         // The marker is released: the next copy runs.

@@ -124,7 +124,7 @@ private slots:
             hand.Do([] { QTest::keyClick(Hand::OpenBox(), Qt::Key_Escape); });
         else
             hand.AnswerBox(text, press);
-        hand.Start(5s);
+        hand.Start();
         QTEST(question ? AskYesNo(nullptr, "Вопрос", text) : ShowAlert(nullptr, "Внимание!", text, "OK"), "result");
         QVERIFY(!g_currentMessageBox);
         QVERIFY2(hand.Failure.isEmpty(), qPrintable(hand.Failure));

@@ -26,7 +26,7 @@ Panel::Panel()
     g_deviceSerial.clear();
     g_timeLimits = {.firstSearch = 10ms,
                     .connectAttempt = 40ms,
-                    .reply = 400ms,
+                    .reply = 10s,
                     .restartPause = 50ms,
                     .slowRestartPause = 120ms,
                     .pollPause = 30ms,
