@@ -1,6 +1,6 @@
 #include "Figure.h"
 
-#include "ArchiveWalk.h"
+#include "ArchiveAssignment.h"
 #include "FirmwareArchive.h"
 #include "Stage.h"
 
@@ -52,12 +52,11 @@ double Analyse(const QString& path, int rows)
         if (!archive.ExtractAll(folder))
             return false;
         DigestCache digests;
-        WalkArchive(archive.Entries(), folder, digests,
-                    {.rowCount = [=] { return rows; },
-                     .device = [&]() -> const TDeviceRecord& { return device; },
-                     .show = [](const Box& box) { throw Unmeasurable{box.text}; },
-                     .programVersion = [](auto&, auto&) { return QString(); },
-                     .take = [&](auto...) { ++taken; }});
+        for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, device, digests)) {
+            if (step.box)
+                throw Unmeasurable{step.box->text};
+            ++taken;
+        }
         return taken == rows;
     });
 }

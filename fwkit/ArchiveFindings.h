@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ArchiveJudge.h"
-#include "ArchiveWalk.h"
+#include "ArchiveAssignment.h"
 
 #include <QSet>
 

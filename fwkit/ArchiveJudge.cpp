@@ -1,7 +1,7 @@
 #include "ArchiveJudge.h"
 
+#include "ArchiveAssignment.h"
 #include "ArchiveFindings.h"
-#include "ArchiveWalk.h"
 #include "Progress.h"
 #include "UsageError.h"
 #include "WorkFolder.h"
@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
+
+#include <functional>
 
 namespace {
 
@@ -80,27 +82,28 @@ public:
             box.text.replace(m_folder, PanelFolder);
             Count(walk.boxes, known, box);
         };
-        WalkArchive(m_entries, m_folder, Digests,
-                    {.rowCount = [&] { return device.BoardCount; },
-                     .device = [&]() -> const TDeviceRecord& { return device; },
-                     .show = show,
-                     .programVersion =
-                         [&](const QString& in, const QString& name) {
-                             const VersionFile file = ReadVersionFile(in, name);
-                             if (!file.fault.isEmpty())
-                                 show(file.Complaint());
-                             return file.version;
-                         },
-                     .take =
-                         [&](int taker, const QString& version, const QString& path, const QByteArray&) {
-                             walk.taken[taker].append({path.mid(m_folder.size() + 1), version});
-                         }});
+        for (const ArchiveStep& step : AssignEntries(m_entries, m_folder, device, Digests)) {
+            if (step.box)
+                show(*step.box);
+            else
+                walk.taken[step.row].append({step.entry, Version(device.Boards.at(step.row), step.entry, show)});
+        }
         return walk;
     }
 
     DigestCache Digests;
 
 private:
+    QString Version(const TBoardRecord& board, const QString& entry, const std::function<void(Box)>& show) const
+    {
+        if (!board.IsProgram())
+            return VersionInName(entry);
+        const VersionFile file = ReadVersionFile(m_folder, entry);
+        if (!file.fault.isEmpty())
+            show(file.Complaint());
+        return file.version;
+    }
+
     const QList<ArchiveEntry>& m_entries;
     QString m_folder;
 };

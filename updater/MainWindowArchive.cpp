@@ -1,7 +1,7 @@
 #include "MainWindow.h"
 
 #include "AppState.h"
-#include "ArchiveWalk.h"
+#include "ArchiveAssignment.h"
 #include "FirmwareArchive.h"
 #include "MessageBoxes.h"
 #include "TimeLimits.h"
@@ -57,13 +57,25 @@ void MainWindow::Archive()
 
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
 {
+    // Boxes run an event loop: that the rows are still those of the device is asked before each step.
+    const auto isTableOfDevice = [this, table = m_table] {
+        return table == m_table && m_tableDevice == g_selectedDevice;
+    };
+    if (!isTableOfDevice())
+        return;
     DigestCache digests;
-    WalkArchive(archive.Entries(), folder, digests,
-                {.rowCount = [this] { return ui.tableWidget->rowCount(); },
-                 .device = [this]() -> const TDeviceRecord& { return Device(); },
-                 .show = Show,
-                 .programVersion = [this](auto& in, auto& name) { return VersionFromFileName(in, name, true); },
-                 .take = std::bind_front(&MainWindow::TakeFile, this)});
+    for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, Device(), digests)) {
+        if (!isTableOfDevice())
+            return;
+        if (step.box) {
+            Show(*step.box);
+            continue;
+        }
+        const QString path = folder + "/" + step.entry;
+        const QString version = VersionFromFileName(folder, step.entry, Board(step.row).IsProgram());
+        if (isTableOfDevice())
+            TakeFile(step.row, version, path, digests[path].sha256);
+    }
 }
 
 void MainWindow::TakeFile(int row, const QString& version, const QString& path, const QByteArray& sha256)
@@ -120,7 +132,10 @@ QWidget* MainWindow::MakeRowButton(int row, ButtonKind kind, const QIcon& icon)
 
 bool MainWindow::CheckCertificate(const QString& path, DigestCache& digests)
 {
-    return HasItsCertificate(path, digests, Show);
+    const CertificateCheck check = CheckFile(path, digests);
+    for (const Box& box : check.boxes)
+        Show(box);
+    return check.isValid;
 }
 
 QString MainWindow::VersionFromFileName(const QString& folder, const QString& name, bool isProgram)

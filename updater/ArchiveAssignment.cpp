@@ -1,0 +1,48 @@
+#include "ArchiveAssignment.h"
+
+CertificateCheck CheckFile(const QString& path, DigestCache& digests)
+{
+    CertificateCheck check;
+    const auto known = digests.constFind(path);
+    const FileDigest digest = known != digests.cend() ? *known : *digests.insert(path, ReadDigest(path));
+    if (!digest.opened)
+        check.boxes.append({"Внимание!", "Не могу открыть прошивку " + FileNameOf(path)});
+    const QString certificate = FileNameOf(path) + ".sha256";
+    switch (JudgeCertificate(path, digest.sha256)) {
+    case Certificate::Missing:
+        check.boxes.append({"Внимание!", "Не найден сертификат " + certificate});
+        break;
+    case Certificate::Different:
+        check.boxes.append({"Внимание!", "Не соответствует сертификат " + certificate});
+        break;
+    case Certificate::Matches:
+        check.isValid = true;
+        break;
+    }
+    return check;
+}
+
+QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
+                                 DigestCache& digests)
+{
+    QList<ArchiveStep> steps;
+    for (int row = 0; row < device.BoardCount; ++row) {
+        const TBoardRecord& board = device.Boards.at(row);
+        const QString prefix = NamePrefix(FilePattern(device, board));
+        for (const ArchiveEntry& entry : entries) {
+            if (!IsJudged(entry))
+                continue;
+            const CertificateCheck check = CheckFile(folder + '/' + entry.path, digests);
+            for (const Box& box : check.boxes)
+                steps.append({row, box});
+            if (check.isValid && EntryFits(entry.path, prefix, board))
+                steps.append({row, std::nullopt, entry.path});
+        }
+    }
+    return steps;
+}
+
+bool IsJudged(const ArchiveEntry& entry)
+{
+    return entry.isFile && !entry.path.contains(".sha256");
+}
