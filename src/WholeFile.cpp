@@ -4,6 +4,8 @@
 
 bool CommitWhole(QSaveFile& file, const QByteArray& content)
 {
-    // Without the commit the save file drops what it wrote, and keeps the reason as its error.
-    return file.write(content) == content.size() && file.flush() && file.commit();
+    // Cancelled first, the commit fails.
+    if (file.write(content) != content.size() || !file.flush())
+        file.cancelWriting();
+    return file.commit();
 }

@@ -4,7 +4,6 @@
 
 class QSaveFile;
 
-/// Writes `content` into the opened `file` and gives it its name. False leaves what had that name before, and the
-/// reason as the error of `file`: QSaveFile
-/// alone commits what a short write left behind without a word.
+/// Writes `content` into the opened `file` and gives it its name. False leaves what had that name before: the
+/// toolkit's save file alone commits what a short write left behind without a word.
 bool CommitWhole(QSaveFile& file, const QByteArray& content);
