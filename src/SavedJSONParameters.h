@@ -11,9 +11,9 @@ int JsonInt(const QJsonObject& obj, const QString& key);
 /// false.
 bool JsonBool(const QJsonObject& obj, const QString& key);
 
-/// Base of every parameter set that lives in a JSON file. A derived class says how its members are
-/// read from and put into the file's object; the file handling and the version number are here.
-/// It is never deleted through a pointer to the base, hence no virtual destructor.
+/// Base of every parameter set that is kept in a JSON file. A derived class reads its members from the file's object
+/// and writes them into it; the file handling and the version number are here. It is never deleted through a pointer to
+/// the base, hence no virtual destructor.
 class TSavedJSONParameters
 {
 public:
@@ -32,8 +32,7 @@ public:
     /// As LoadFromFile and SaveToFile with the path last used; false when there was none.
     virtual bool Load();
     virtual bool Save();
-    /// A hook for derived classes. The base asks itself again without end once a file name is known:
-    /// a set that wants it must override it.
+    /// For derived classes to override. Without an override it recurses forever once a file name is known.
     virtual bool Reapply(int value);
     virtual void SetModified(bool modified);
 

@@ -23,7 +23,8 @@ QString SerialIn(const QString& answer)
 
 std::optional<QString> VersionIn(const QString& answer, int idCpu)
 {
-    // Not const: only the changeable list's index check names itself "QList::operator[]" when it fails.
+    // Not const: the assertion for an index out of range must name QList::operator[], which only the non-const one
+    // does.
     QStringList words = Words(answer);
     if (words.size() <= 2)
         return words[1];

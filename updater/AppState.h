@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// The program's state, shared by the window's chapters and the link. All of it is written and read on
-/// the GUI thread only; plain values are enough although events are processed inside long loops.
+/// The program's state, shared by the MainWindow*.cpp files and TcpModbus. All of it is written and read on the GUI
+/// thread only; plain values are enough although events are processed inside long loops.
 
 /// Index in the catalogue's Devices of the device that answered, also of the one whose modules the table
 /// shows while none has.

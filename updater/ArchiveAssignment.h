@@ -7,7 +7,7 @@
 
 /// What an archive does to the rows of the module table: decisions only, no widget.
 
-/// Whether a file and its certificate agree, and what the operator is told of them.
+/// Whether a file and its certificate agree, and what the operator is shown of them.
 struct CertificateCheck
 {
     bool isValid = false;

@@ -23,8 +23,8 @@ QStringList FoldersAbove(const QString& path)
     return folders;
 }
 
-/// The paths of an archive, sorted, so that what lies in a folder stands together: a list of every folder of every
-/// path would cost a hostile archive nothing and the panel its memory.
+/// The paths of an archive, sorted, so that the entries of a folder are neighbours. A list of every folder of every
+/// path would let a small hostile archive fill the panel's memory.
 class SortedPaths
 {
 public:
@@ -57,13 +57,13 @@ private:
     QStringList m_paths;
 };
 
-/// Folders deeper than any maker's, and names that no disk of a panel takes.
+/// Deeper folders than any maker's archive has, and longer names than a panel's file systems take.
 bool IsTooLong(const QString& path)
 {
     constexpr qsizetype LongestPath = 2048;
     constexpr qsizetype LongestName = 255;
     constexpr qsizetype DeepestPath = 32;
-    // A disk counts bytes.
+    // File systems count bytes, not characters.
     const QByteArray native = QFile::encodeName(path);
     if (native.size() > LongestPath || native.count('/') > DeepestPath)
         return true;
@@ -141,7 +141,7 @@ FirmwareArchive::FirmwareArchive(const QString& path)
         return;
     const QZipReader reader(path);
     const QList<QZipReader::FileInfo> infos = reader.fileInfoList();
-    // Where the reader sees other entries than the directory has, neither can be trusted.
+    // When QZipReader lists other entries than the directory has, neither list can be trusted.
     if (infos.size() != claims->size())
         return;
     for (qsizetype i = 0; i < infos.size(); ++i) {
@@ -200,7 +200,7 @@ bool FirmwareArchive::Extract(const ArchiveEntry& entry, const QString& folder) 
         file.remove();
         return false;
     }
-    // Some file systems know no modes: no reason to fail.
+    // Some file systems have no modes, which is no reason to fail.
     const auto kept = QFile::Permissions::fromInt(int(entry.permissions));
     file.setPermissions(kept | QFile::ReadOwner | QFile::WriteOwner);
     return true;

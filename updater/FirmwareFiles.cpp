@@ -89,7 +89,7 @@ FileDigest ReadDigest(const QString& path)
     qint64 count = 0;
     while ((count = file.read(chunk.data(), ChunkSize)) > 0)
         hash.addData(QByteArrayView(chunk).first(count));
-    // A stick pulled in the middle ends the file with an error: what was read so far is no digest of it.
+    // A stick that is pulled ends the file with an error: the digest of what was read so far is not the file's.
     return {true, count < 0 ? QByteArray() : hash.result()};
 }
 
@@ -113,7 +113,7 @@ Certificate JudgeCertificate(const QString& path, const QByteArray& digest)
     QFile file(path + ".sha256");
     if (!file.open(QIODevice::ReadOnly))
         return Certificate::Missing;
-    // Both may lie on a stick that is pulled: a certificate that cannot be read is not an empty one.
+    // The file may be on a stick that was pulled: a certificate that cannot be read is not an empty one.
     const QByteArray certificate = file.readAll();
     return certificate == digest && file.error() == QFile::NoError ? Certificate::Matches : Certificate::Different;
 }

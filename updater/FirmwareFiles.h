@@ -15,23 +15,23 @@ QString NamePrefix(const QString& pattern);
 /// Whether an archive entry may be taken for `board`. An image must also bear the board's extension, so that
 /// the wrong kind is never offered; a program file has no "." in its path, its companions have.
 bool EntryFits(const QString& entryPath, const QString& prefix, const TBoardRecord& board);
-/// Version in an image's name, as 1.4.7 in fw_3_2_0_v1.4.7.bin; "BAD" where the name has no such place.
+/// Version in an image's name, as 1.4.7 in fw_3_2_0_v1.4.7.bin; "BAD" for a name of another form.
 QString VersionInName(const QString& name);
-/// Part of `path` behind the last "/".
+/// Part of `path` after the last "/".
 QString FileNameOf(const QString& path);
 
 /// Folder below the temporary directory into which every archive is extracted.
 QString ExtractionFolder();
 /// The extracted folder that is copied for a program module.
 QString ProgramSource(const TBoardRecord& board);
-/// The command line behind the copy. It is split at spaces.
+/// The command line that follows the copy. It is split at spaces.
 QString MakeExecutableCommand(const QString& programFolder, const TBoardRecord& board);
 /// Where a file dialog opens: the root of the panel's removable media below `mediaParent` when something is
 /// mounted there, otherwise the program's folder (its "firmware" folder when `inFirmwareFolder`).
 QString StartFolder(const QString& programFolder, bool inFirmwareFolder, const QString& hostName,
                     const QString& mediaParent);
 
-/// What one look at a file told.
+/// Result of reading a file for its digest.
 struct FileDigest
 {
     bool opened = false;
@@ -42,14 +42,14 @@ using DigestCache = QHash<QString, FileDigest>;
 
 FileDigest ReadDigest(const QString& path);
 
-/// A box with one button that tells the operator what is wrong.
+/// A message box with one button that names a problem to the operator.
 struct Box
 {
     QString title;
     QString text;
 };
 
-/// What the file beside a program file told of its version.
+/// The version file beside a program file.
 struct VersionFile
 {
     QString path;

@@ -55,7 +55,7 @@ MainWindow::MainWindow(QWidget* parent)
     SetUpTable();
     ui.progressBar->reset();
     ui.label_Update->setText(QString());
-    // Both belong to a run; an empty bar says nothing to the operator.
+    // Both belong to a run.
     ui.progressBar->hide();
     ui.label_Update->hide();
 

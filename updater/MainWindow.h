@@ -75,7 +75,8 @@ private:
     void ShowDevice(bool found);
 
     // MainWindowVersions.cpp: the modules and their versions
-    /// False when newer work has the table by now, or a stop was requested.
+    /// `announce`: label_Update says that versions are read. False when a newer reading has rebuilt the rows, or a stop
+    /// was requested.
     bool FillTable(bool announce);
     void BuildRows();
     void BuildRow(int row);

@@ -33,7 +33,7 @@ void MainWindow::Archive()
     QString path;
     if (!SelectFile(path, "Открыть архив с прошивками", "*.zip", false))
         return;
-    // Closed meanwhile: a window shown now would keep the program from ending.
+    // The window was closed meanwhile: a pop-up shown now would keep the program from ending.
     if (g_stopRequested)
         return;
     const QPointer<QWidget> popup(ShowWaitPopup("Идет анализ архива. Пожалуйста подождите..."));
@@ -41,15 +41,15 @@ void MainWindow::Archive()
         return;
     const FirmwareArchive archive(path);
     const QString folder = ExtractionFolder();
-    // An archive with "firmware" in its path is not given a folder: what it needs is taken to be there.
+    // Deliberate: for an archive whose path contains "firmware" the folder is not made here.
     if (!path.contains("firmware"))
         QDir().mkdir(folder);
-    // The pop-up stays: it is all that the operator sees of an archive that cannot be unpacked.
+    // Deliberate: the pop-up stays open. It is the only sign that the archive cannot be unpacked.
     if (!archive.ExtractAll(folder))
         return;
     TakeEntries(folder, archive);
     UpdateUpdateButton();
-    // What was pressed during the analysis was pressed on a window that is blocked: it must not take effect now.
+    // Presses made during the analysis are discarded here, while the pop-up still blocks the window.
     QCoreApplication::processEvents();
     if (popup)
         popup->close();
@@ -57,7 +57,7 @@ void MainWindow::Archive()
 
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
 {
-    // Boxes run an event loop: that the rows are still those of the device is asked before each step.
+    // An alert runs an event loop, so whether the rows are still those of the device is checked before each step.
     const auto isTableOfDevice = [this, table = m_table] {
         return table == m_table && m_tableDevice == g_selectedDevice;
     };
@@ -174,7 +174,7 @@ QWidget* MainWindow::ShowWaitPopup(const QString& text)
     const QPoint centre = geometry().center();
     popup->setGeometry(centre.x() - 200, centre.y() - 30, 400, 60);
     auto* layout = new QVBoxLayout(popup);
-    // Only the frame's: the text with its padding needs all of the width.
+    // As wide as the frame: the text with its padding needs the rest.
     layout->setContentsMargins(3, 3, 3, 3);
     layout->setAlignment(Qt::AlignCenter);
     auto* label = new QLabel(text);
@@ -183,11 +183,11 @@ QWidget* MainWindow::ShowWaitPopup(const QString& text)
     popup->setStyleSheet("QWidget {  background-color: palette(window);  border: 3px solid palette(mid);}"
                          "QLabel {  border: none;  padding: 10px;}");
     popup->show();
-    // When the main window is closed now, the program's end closes the pop-up too, which deletes it.
+    // When the main window is closed now, quitting closes the pop-up too, which deletes it.
     const QPointer<QWidget> shown(popup);
     const auto isOpen = [&] { return shown && shown->isVisible(); };
     QCoreApplication::processEvents();
-    // The window system may need a moment; without it the panel would show a blank patch during the analysis.
+    // Until the window system exposes the pop-up nothing is painted, and the analysis would run behind a blank patch.
     const QDeadlineTimer deadline(g_timeLimits.popupExposure);
     while (isOpen() && !shown->windowHandle()->isExposed() && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);

@@ -13,7 +13,7 @@ void MainWindow::FindMainBoard()
     ui.label_Update->setText(QString());
     ui.button_DeviceType->setText("Поиск прибора...");
     SetBusy(true);
-    // Closing is the one thing to do during a search. Rows keep their marks through it, but no run may start.
+    // Only closing is possible during a search. Rows keep their marks, but no run may start.
     ui.buttonClose->setEnabled(true);
     ui.buttonUpdate->setEnabled(false);
 

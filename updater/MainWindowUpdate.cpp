@@ -17,7 +17,8 @@
 
 namespace {
 
-/// The largest request a board accepts: 240 bytes of image in 252 bytes of Modbus data.
+/// Largest block request: 4 bytes of block size and 240 of image. With length, command word and two parameters (8
+/// bytes) that fills the 252 data bytes of a Modbus PDU.
 constexpr quint32 BlockLimit = 244;
 constexpr int PollAttempts = 10;
 
@@ -27,7 +28,7 @@ std::chrono::milliseconds RestartPause(const TBoardRecord& board)
     return slow ? g_timeLimits.slowRestartPause : g_timeLimits.restartPause;
 }
 
-/// Blocks without processing events: nothing may be asked of an instrument that is starting.
+/// Blocks without processing events: an instrument that is starting must not be asked anything.
 void Sleep(std::chrono::milliseconds duration)
 {
     QThread::msleep(static_cast<unsigned long>(duration.count()));
@@ -55,14 +56,14 @@ void MainWindow::Update()
         }
         return;
     }
-    // Closing the last window would quit the program, and every box that is shown later would return at once.
+    // Closing the last window would quit the program, and every message box shown later would return at once.
     const QEventLoopLocker programStays;
     BeginRun();
     bool allSucceeded = UpdateModules();
     if (allSucceeded) {
         ui.label_Update->setText("Создаю резервную копию...");
         QCoreApplication::processEvents();
-        // The last moment at which a stop is seen: a stopped run copies no program folder.
+        // A stop is seen up to here: a stopped run makes no backup.
         allSucceeded = !g_stopRequested;
         if (allSucceeded)
             BackupProgram();
@@ -70,7 +71,7 @@ void MainWindow::Update()
     EndRun();
     ShowResult(allSucceeded);
     if (g_updateAborted) {
-        // The run may have been started in the middle of a reading, which must end too.
+        // The run may have started in a wait of a reading, which must end too.
         g_stopRequested = true;
         close();
     }
@@ -107,7 +108,7 @@ void MainWindow::ShowResult(bool allSucceeded)
         return;
     }
     const int answer = AskYesNo(this, "Информация", "Все модули успешно обновлены!\nПрибор необходимо перезагрузить");
-    // A box that is ended by the program's end returns 0: only the button itself reboots the panel.
+    // A message box that ends because the program quits returns 0: only the button itself reboots the panel.
     if (answer == QMessageBox::Yes)
         Util::BashCommand("sudo reboot");
 }
@@ -116,7 +117,7 @@ bool MainWindow::UpdateModules()
 {
     bool allSucceeded = true;
     for (int row = 0; row < Device().BoardCount; ++row) {
-        // A stop ends the run at the module it met, also where the step it met passes for a silent skip.
+        // A stop ends the run at the current module, also when that module's step looks like a silent skip.
         if (g_stopRequested)
             return false;
         const QTableWidgetItem* offered = ui.tableWidget->item(row, ColumnNew);
@@ -195,7 +196,7 @@ bool MainWindow::WriteImage(int row, const TBoardRecord& board, TcpModbus& link,
     connect(&link, &TcpModbus::onWriteBlock, this, &MainWindow::onWriteBlock);
     SetRowStatus(row, RowStatus::Working);
     ui.label_Update->setText(board.Name + ". Обновление...");
-    // After a stop not even the first block is sent: a board with half an image does not start again.
+    // After a stop no first block is sent: a board with half an image does not start again.
     return !g_stopRequested && link.WriteFirmware(image, board.IdCPU, BlockLimit);
 }
 

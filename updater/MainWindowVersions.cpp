@@ -68,7 +68,7 @@ void MainWindow::RestoreMark(int row)
 
 void MainWindow::BuildRows()
 {
-    // What was chosen for one instrument must never reach a board of another.
+    // A file chosen for one instrument must never reach a board of another.
     if (m_tableDevice != g_selectedDevice) {
         ui.tableWidget->setRowCount(0);
         m_previousVerdicts = {};
@@ -83,7 +83,7 @@ void MainWindow::BuildRows()
 void MainWindow::BuildRow(int row)
 {
     QTableWidget* table = ui.tableWidget;
-    // Empty where a reading was interrupted: what the reading before it had found still counts.
+    // Empty where a reading was interrupted: then the result of the reading before it still counts.
     if (!CellText(row, ColumnCurrent).isEmpty())
         m_previousVerdicts.at(row) = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
     auto* name = new QTableWidgetItem(Board(row).Name);
@@ -130,7 +130,7 @@ bool MainWindow::ReadVersion(int row, bool compare)
         SetRowStatus(row, RowStatus::None);
         return true;
     }
-    // As texts here, as numbers in CheckRow: the board must say exactly what the file's name says.
+    // Compared as texts here and as numbers in CheckRow: the board must answer exactly the version in the file's name.
     const bool same = CellText(row, ColumnCurrent) == CellText(row, ColumnNew);
     SetRowStatus(row, same ? RowStatus::Ok : RowStatus::Failed);
     CheckRow(row);

@@ -24,7 +24,7 @@ int Run(QMessageBox& box, const QList<BoxButton>& buttons)
     box.setWindowModality(Qt::ApplicationModal);
     box.setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::BypassWindowManagerHint
                        | Qt::BypassWindowManagerHint);
-    // A frame in place of the one that a window manager would draw.
+    // Without a window manager nothing else draws a frame.
     box.setAttribute(Qt::WA_StyledBackground, true);
     box.setStyleSheet("QMessageBox {  background-color: palette(window);  border: 3px solid palette(mid);}");
     const QFont font("Liberation Sans", 14, QFont::Bold);

@@ -5,11 +5,11 @@
 
 class QWidget;
 
-/// Modal boxes for a panel without window frames: big buttons, a frame of their own, texts shown as plain
-/// text. Each call blocks in an event loop of its own and returns what QMessageBox::exec returns: a standard
-/// button code, or 0 when the program is quitting.
+/// Modal message boxes for a panel without window frames: large buttons, an own frame, plain text. Each call blocks in
+/// an event loop of its own and returns what QMessageBox::exec returns: a standard button code, or 0 when the program
+/// is quitting.
 
-/// The box that is open now, if any.
+/// The message box that is open now, if any.
 extern QMessageBox* g_currentMessageBox;
 
 int ShowMessageBox(QMessageBox::Icon icon, const QString& title, const QString& text, const QString& buttonText);

@@ -16,7 +16,7 @@ class ModbusClient : public QModbusTcpClient
     Q_OBJECT
 
 public:
-    /// Registers the data-size calculators of both codes with the toolkit, for the whole process.
+    /// Registers the data-size calculators of both codes with Qt, for the whole process.
     explicit ModbusClient(QObject* parent = nullptr);
 
     /// False when the data is too short to hold its length field. `data` may be null.

@@ -9,7 +9,7 @@
 class RunGuard
 {
 public:
-    /// Also clears a marker that a crashed copy left behind.
+    /// Also removes the marker of a copy that crashed.
     explicit RunGuard(const QString& key);
     ~RunGuard();
     Q_DISABLE_COPY_MOVE(RunGuard)

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int ConnectAttempts = 10;
-/// The seed of a second checksum that the boards' makers planned and never asked for.
+/// Seed of a second checksum, which the boards' protocol reserves and does not use.
 constexpr char ChecksumSeed[] = "QX4+k27";
 
 void AppendLittleEndian(QByteArray& data, quint16 value)
@@ -93,8 +93,8 @@ TcpModbus::~TcpModbus()
 
 void TcpModbus::AbortConnection()
 {
-    // The client lives on until the outermost event loop deletes it, and its own disconnect lets a pending
-    // connection come up first: a board that accepts one connection only would then refuse the next session.
+    // The client exists until the outermost event loop deletes it, and its own disconnect first waits for a pending
+    // connection: a board that serves one connection only would then refuse the next session.
     auto* socket = qobject_cast<QAbstractSocket*>(client->device());
     if (socket && socket->state() != QAbstractSocket::UnconnectedState)
         socket->abort();
@@ -144,7 +144,7 @@ TcpModbus::WaitEnd TcpModbus::Wait(const QModbusReply& reply) const
     const QDeadlineTimer deadline(g_timeLimits.reply);
     while (!deadline.hasExpired()) {
         QCoreApplication::processEvents();
-        // First: abandoning ends the reply too, and an ended reply may pass for an accepted one.
+        // Before isFinished: abandoning also finishes the reply, which could then count as an accepted one.
         if (abandoned)
             return WaitEnd::Stopped;
         if (reply.isFinished())
@@ -158,7 +158,7 @@ TcpModbus::WaitEnd TcpModbus::Wait(const QModbusReply& reply) const
 std::unique_ptr<QModbusReply> TcpModbus::Send(const QModbusRequest& request)
 {
     std::unique_ptr<QModbusReply> reply(client->sendRawRequest(request, serverAddress));
-    // Now, instead of one pass through the event loop later: an image is tens of thousands of requests.
+    // At once, instead of one pass through the event loop later: an image is tens of thousands of requests.
     if (auto* socket = qobject_cast<QAbstractSocket*>(client->device()))
         socket->flush();
     return reply;
@@ -198,7 +198,7 @@ bool TcpModbus::BinCommand(quint16 command, quint16 p1, quint16 p2, QByteArray p
     if (!answer || Wait(*answer) == WaitEnd::Stopped)
         return false;
     if (Succeeded(*answer)) {
-        // No caller wants the value yet; it is decoded here because only this place sees the answer.
+        // No caller needs the value yet. It is decoded here because no other place sees the answer.
         if (command == CmdReadValue) {
             [[maybe_unused]] const quint32 value = ReadValue(answer->result());
         }
@@ -215,7 +215,7 @@ bool TcpModbus::WriteFirmware(const QByteArray& image, int type, quint32 blockLi
     Q_ASSERT(blockLimit > 4);
     const auto size = quint32(image.size());
     const quint16 imageCrc = Crc16(0xFFFF, image);
-    // Kept in step with the boards' makers, who reserved it; nothing that is sent depends on it.
+    // Calculated as the boards' protocol has it; nothing that is sent depends on it.
     [[maybe_unused]] const quint16 seededCrc = Crc16(imageCrc, QByteArray(ChecksumSeed));
 
     for (quint32 offset = 0; offset < size;) {

@@ -12,7 +12,7 @@ class ModbusClient;
 class QModbusReply;
 class QModbusRequest;
 
-/// One connection to one board, for one step of the work. Every call sends, then processes the program's
+/// One connection to one board, for one step of the work. Each call sends, then processes the program's
 /// events until the answer is there, a limit of g_timeLimits has passed, or g_stopRequested is set; so any
 /// slot of the program may run inside a call. Failures go to the log and come back as false.
 class TcpModbus : public QObject
@@ -40,11 +40,11 @@ public:
     /// CRC-16/MODBUS (MODBUS over Serial Line, appendix B) of `data`, continued from `init`; 0xFFFF starts.
     static quint16 Crc16(quint16 init, const QByteArray& data);
 
-    /// Closes the connection at once; the next Connect makes a new one. Behind an answer that did not come whole the
-    /// stream stands in the middle of a frame, and every answer after it would be lost as well.
+    /// Closes the connection at once; the next Connect makes a new one. After a truncated answer the TCP stream is out
+    /// of frame sync and later answers would be misread.
     void HangUp();
-    /// Hangs up for good and ends a call that is waiting with false. For work that starts in the middle of
-    /// another's wait: some boards serve one connection only.
+    /// Hangs up for good and ends a waiting call with false. For work that starts in a wait of other work: some boards
+    /// serve one connection only.
     void Abandon();
 
 signals:
@@ -59,6 +59,6 @@ private:
     void AbortConnection();
 
     ModbusClient* client;
-    qint32 serverAddress = 2;
+    qint32 serverAddress = 2; // always replaced by the constructor
     bool abandoned = false;
 };

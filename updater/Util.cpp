@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Kills what is still running. A command that runs as root cannot be killed and would be waited for without
-/// end: it is left to end by itself.
+/// Kills a command that still runs. One that runs as root cannot be killed, and waiting for it might never end: it is
+/// left to end by itself.
 void End(std::unique_ptr<QProcess> process)
 {
     process->kill();

@@ -4,7 +4,7 @@
 
 class QObject;
 
-/// What the update needs of the panel computer's own system. All of it blocks, all of it is logged.
+/// Operations on the panel computer itself. Each blocks, and logs what it does.
 class Util
 {
 public:

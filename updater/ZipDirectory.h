@@ -22,7 +22,7 @@ inline constexpr qint64 LargestZipDirectory = 8 << 20;
 
 class QIODevice;
 
-/// Reads the central directory of a zip archive (APPNOTE.TXT, 4.3.12 and 4.3.16), which the toolkit's reader shows
+/// Reads the central directory of a zip archive (APPNOTE.TXT, 4.3.12 and 4.3.16), which QZipReader shows
 /// only with leading dots and slashes taken off the names. Nothing when it is damaged, larger than
 /// LargestZipDirectory, or not there.
 std::optional<QList<ZipClaim>> ReadZipDirectory(QIODevice& archive);
