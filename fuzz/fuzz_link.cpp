@@ -13,7 +13,7 @@
 
 namespace {
 
-/// What stands behind the header of each frame that answers the first request and is no exception. The toolkit takes an
+/// What stands behind the header of each frame that answers the first request and is no exception. Qt takes an
 /// answer of any unit and function, and of two answers in one piece the last one.
 QList<QByteArray> Answers(const QByteArray& sent)
 {

@@ -1,4 +1,4 @@
-// Loaded into the emulated programs only. The toolkit starts a command as a child with a process descriptor wherever
+// Loaded into the emulated programs only. Qt starts a command as a child with a process descriptor wherever
 // the kernel knows such descriptors, and falls back to a plain fork elsewhere. The emulator passes the question on to
 // the real kernel, but refuses to make such a child: every command would fail to start. The answer here is "unknown".
 
