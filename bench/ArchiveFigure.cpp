@@ -2,7 +2,7 @@
 
 #include "ArchiveAssignment.h"
 #include "FirmwareArchive.h"
-#include "Stage.h"
+#include "TestData.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -34,10 +34,10 @@ QByteArray Content(int unit, int64_t size)
 QString MakeArchive(int64_t size)
 {
     const QString path = EmptyFolder("archive").filePath("bench.zip");
-    stage::Files files;
+    testdata::Files files;
     for (int unit = 1; unit <= Modules; ++unit)
         files.append({QString("fw_1_%1_0_v2.0.bin").arg(unit), Content(unit, size)});
-    stage::WriteZip(path, stage::WithCertificates(files));
+    testdata::WriteZip(path, testdata::WithCertificates(files));
     return path;
 }
 
@@ -78,7 +78,7 @@ double ExtractAndHash(const QString& path)
             qint64 count = 0;
             while ((count = file.read(chunk.data(), chunk.size())) > 0)
                 hash.addData(QByteArrayView(chunk).first(count));
-            if (hash.result() != stage::ReadFile(file.fileName() + ".sha256"))
+            if (hash.result() != testdata::ReadFile(file.fileName() + ".sha256"))
                 return false;
         }
         return true;

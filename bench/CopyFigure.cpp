@@ -1,6 +1,6 @@
 #include "Figure.h"
 
-#include "Stage.h"
+#include "TestData.h"
 #include "Util.h"
 
 #include <QProcess>
@@ -13,7 +13,7 @@ QString MakeProgramFolder(int64_t files)
     const QDir folder = EmptyFolder("program-folder");
     for (int i = 0; i < files; ++i) {
         const QByteArray content(qsizetype(19065) * (i % 10 + 1), char(i));
-        stage::WriteFile(folder.filePath(QString("part%1/file%2").arg(i % 20).arg(i)), content);
+        testdata::WriteFile(folder.filePath(QString("part%1/file%2").arg(i % 20).arg(i)), content);
     }
     return folder.path();
 }

@@ -1,7 +1,7 @@
 #include "Figure.h"
 
 #include "Clock.h"
-#include "Stage.h"
+#include "TestData.h"
 
 #include <benchmark/benchmark.h>
 
@@ -95,8 +95,8 @@ TDeviceRecord Instrument(int modules, quint16 port)
 {
     QList<TBoardRecord> boards;
     for (int unit = 1; unit <= modules; ++unit)
-        boards.append(stage::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", port, unit, 0));
-    return stage::Device("Прибор", 1, boards);
+        boards.append(testdata::Board(QString("Модуль %1").arg(unit), "BENCH", "127.0.0.1", port, unit, 0));
+    return testdata::Device("Прибор", 1, boards);
 }
 
 QDir EmptyFolder(const QString& name)

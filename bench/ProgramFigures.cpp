@@ -2,7 +2,7 @@
 #include "Figure.h"
 #include "Watched.h"
 
-#include "Stage.h"
+#include "TestData.h"
 
 #include <QFile>
 
@@ -16,7 +16,7 @@ namespace {
 QString LayOut(const BoardProcess& board, int modules)
 {
     const QDir folder = EmptyFolder("program");
-    stage::WriteCatalogue(folder.filePath("updater.json"), {Instrument(modules, board.Port())});
+    testdata::WriteCatalogue(folder.filePath("updater.json"), {Instrument(modules, board.Port())});
     const QString program = folder.filePath("updater");
     if (!QFile::copy(UPDATER_PROGRAM, program))
         throw Unmeasurable{program + " cannot be written"};
@@ -26,10 +26,10 @@ QString LayOut(const BoardProcess& board, int modules)
 /// New firmware for each of the first `modules` modules.
 void LayOutArchive(const QString& program, int modules, int64_t size)
 {
-    stage::Files files;
+    testdata::Files files;
     for (int unit = 1; unit <= modules; ++unit)
-        files.append({QString("fw_1_%1_0_v2.0.bin").arg(unit), stage::Image("2.0", int(size))});
-    stage::WriteZip(QFileInfo(program).path() + "/bench.zip", stage::WithCertificates(files));
+        files.append({QString("fw_1_%1_0_v2.0.bin").arg(unit), testdata::Image("2.0", int(size))});
+    testdata::WriteZip(QFileInfo(program).path() + "/bench.zip", testdata::WithCertificates(files));
 }
 
 /// With one word in it the window that is otherwise empty.
@@ -112,7 +112,7 @@ Reading WholeUpdate(int64_t modules)
     watched.GoOn();
     const double seconds = watched.Await("updated").toDouble();
     watched.Finish();
-    if (stage::ReadFile(watched.Log()).contains("WaitReboot 1"))
+    if (testdata::ReadFile(watched.Log()).contains("WaitReboot 1"))
         throw Unmeasurable{"bench-board took longer to restart than the pause for it"};
     const BoardProcess::Work work = board.TakeWork();
     return {{"ours", seconds},

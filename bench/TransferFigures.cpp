@@ -3,8 +3,8 @@
 #include "Figure.h"
 
 #include "MainWindow.h"
-#include "Stage.h"
 #include "TcpModbus.h"
+#include "TestData.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -30,7 +30,7 @@ struct Target
 {
     Target(std::chrono::microseconds blockTime, int64_t size)
         : board(blockTime)
-        , image(stage::Image("2.0", int(size)))
+        , image(testdata::Image("2.0", int(size)))
         , crc(TcpModbus::Crc16(0xFFFF, image))
     {}
 
@@ -114,7 +114,8 @@ class Window
 public:
     explicit Window(const BoardProcess& board)
     {
-        stage::WriteCatalogue(QCoreApplication::applicationDirPath() + "/updater.json", {Instrument(10, board.Port())});
+        testdata::WriteCatalogue(QCoreApplication::applicationDirPath() + "/updater.json",
+                                 {Instrument(10, board.Port())});
         window = std::make_unique<MainWindow>(nullptr);
         window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint);
         Show(true);

@@ -8,7 +8,7 @@
 // line comes on standard input.
 
 #include "Clock.h"
-#include "Hand.h"
+#include "UiDriver.h"
 
 #include <QApplication>
 #include <QGenericPlugin>
@@ -44,7 +44,7 @@ bool IsFull(const QTableWidget* table)
     return table->rowCount() > 0;
 }
 
-class Watcher : public Hand
+class Watcher : public UiDriver
 {
 public:
     Watcher()
@@ -54,7 +54,7 @@ public:
         qApp->installEventFilter(this);
         if (m_task == "idle" || m_task == "write" || m_task == "update")
             TakeSteps();
-        connect(this, &Hand::Finished, this, [this](bool all) {
+        connect(this, &UiDriver::Finished, this, [this](bool all) {
             if (all)
                 return;
             std::fprintf(stderr, "watch: gave up waiting: %s\n", qPrintable(Failure));

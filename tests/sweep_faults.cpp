@@ -55,7 +55,7 @@ void Keep(QtMsgType type, const QMessageLogContext&, const QString& text)
 QList<QStringList> ExpectationRows()
 {
     QList<QStringList> rows;
-    for (const QString& line : QString(stage::ReadFile(DOCS_FOLDER "/reliability.md")).split('\n')) {
+    for (const QString& line : QString(testdata::ReadFile(DOCS_FOLDER "/reliability.md")).split('\n')) {
         const QStringList cells = line.split('|');
         if (line.startsWith("| `") && cells.size() == 7)
             rows.append({cells[1].trimmed().remove('`'), cells[2].trimmed(), cells[3], cells[4], cells[5]});
@@ -65,15 +65,16 @@ QList<QStringList> ExpectationRows()
 
 TDeviceRecord TwoBoards()
 {
-    return stage::Device(
-        "П", 7, {stage::Board("a", "DEV", "127.0.0.1", 0, 1, 0), stage::Board("b", "DEV2", "127.0.0.2", 0, 2, 1)});
+    return testdata::Device(
+        "П", 7,
+        {testdata::Board("a", "DEV", "127.0.0.1", 0, 1, 0), testdata::Board("b", "DEV2", "127.0.0.2", 0, 2, 1)});
 }
 
 /// Two blocks each.
-stage::Files Images()
+testdata::Files Images()
 {
-    return stage::WithCertificates(
-        {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 300)}, {"fw_7_2_1_v2.0.rpd", stage::Image("2.0", 250)}});
+    return testdata::WithCertificates(
+        {{"fw_7_1_0_v2.0.bin", testdata::Image("2.0", 300)}, {"fw_7_2_1_v2.0.rpd", testdata::Image("2.0", 250)}});
 }
 
 } // namespace
@@ -138,7 +139,7 @@ private slots:
         QVERIFY2(instrument.Start(&error), qPrintable(error));
         panel.Open({instrument.Device()});
         panel.TakeArchive(Images());
-        panel.hand.Do([&] {
+        panel.driver.Do([&] {
             const int before = instrument.RequestCount();
             QList<Fault> faults = *Fault::Parse(fault, &error);
             if (faults[0].request != Fault::Always)
@@ -146,18 +147,18 @@ private slots:
             instrument.SetFaults(faults);
             g_log.clear();
         });
-        panel.hand.Press("buttonUpdate");
+        panel.driver.Press("buttonUpdate");
         const QList<Outcome> expected{Outcomes[first], Outcomes[second]};
         const bool success = !expected[0].boxFails && !expected[1].boxFails;
         QString box;
-        panel.hand.Step(
-            "the end box", [] { return Hand::OpenBox(); },
+        panel.driver.Step(
+            "the end box", [] { return UiDriver::OpenBox(); },
             [&] {
-                box = Hand::OpenBox()->text();
-                Hand::PressNow(Hand::OpenBox()->buttons().last());
+                box = UiDriver::OpenBox()->text();
+                UiDriver::PressNow(UiDriver::OpenBox()->buttons().last());
             });
-        panel.hand.Step("the controls are idle", [&] { return panel.Controls() == "idle"; });
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        panel.driver.Step("the controls are idle", [&] { return panel.Controls() == "idle"; });
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         const QStringList log = g_log;
         QCOMPARE(box, success ? Success : Failure);
         for (int row = 0; row < 2; ++row) {

@@ -1,7 +1,7 @@
-// The impatient hand: at every point of a whole road each enabled button is pressed in a life of its own, and in
+// The impatient operator: at every point of a whole road each enabled button is pressed in a life of its own, and in
 // another one the window is closed. A life is the window from its start to its end in a running application: search,
 // versions, archive, a second search that finds marked rows, update of two processors and a program, end box, and
-// behind a stop the update once more. The hand answers every dialog and goes on.
+// behind a stop the update once more. The driver answers every dialog and goes on.
 //
 // A point is an entry of the toolkit's event dispatcher, a moment at which the program lets anything happen, that
 // shows a picture which the life has not shown before. The picture is all that can be observed: requests and
@@ -54,21 +54,21 @@ public:
         g_timeLimits.restartPause = 10ms;
         g_timeLimits.pollPause = 1ms;
         QFile::remove(Panel::Path("viewer"));
-        stage::WriteFile(Panel::Path("viewer.ver"), "1.0");
+        testdata::WriteFile(Panel::Path("viewer.ver"), "1.0");
         for (const auto& [name, content] : Images("3.0"))
-            stage::WriteFile(Panel::Path("firmware/" + name), content);
+            testdata::WriteFile(Panel::Path("firmware/" + name), content);
         const QString ip = "127.0.0.1";
         m_instrument = m_panel.Play(
-            stage::Device("П", 7,
-                          {stage::Board("Один", "DEV", ip, 0, 1, 0), stage::Board("Два", "DEV", ip, 0, 1, 1),
-                           stage::Program("Три", "viewer", "viewer")}),
+            testdata::Device("П", 7,
+                             {testdata::Board("Один", "DEV", ip, 0, 1, 0), testdata::Board("Два", "DEV", ip, 0, 1, 1),
+                              testdata::Program("Три", "viewer", "viewer")}),
             3ms);
         connect(m_instrument, &Instrument::Event, this,
                 [this](const QString& line) { m_connections += line.contains("connected from"); });
         connect(m_instrument, &Instrument::Requested, this, [this](int, bool isBinary) { m_writes += isBinary; });
         m_panel.Open({m_instrument->Device()});
         Panel::PackArchive(Images("2.0")
-                           + stage::Files{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}});
+                           + testdata::Files{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}});
         m_table = m_panel.window->findChild<QTableWidget*>();
         // Behind the program's own slot: when this press began a run, that run is over.
         connect(m_panel.window->findChild<QPushButton*>("buttonUpdate"), &QPushButton::clicked, this, [this] {
@@ -103,17 +103,20 @@ public:
     }
 
 private:
-    static stage::Files Images(const QString& version)
+    static testdata::Files Images(const QString& version)
     {
-        return stage::WithCertificates({{"fw_7_1_0_v" + version + ".bin", stage::Image(version, 700)},
-                                        {"fw_7_1_1_v" + version + ".rpd", stage::Image(version, 300)}});
+        return testdata::WithCertificates({{"fw_7_1_0_v" + version + ".bin", testdata::Image(version, 700)},
+                                           {"fw_7_1_1_v" + version + ".rpd", testdata::Image(version, 300)}});
     }
     static bool HasBackup() { return QFileInfo::exists(Panel::Path("update.old")); }
     QByteArray Held(int row) const
     {
-        return row < 2 ? m_instrument->Image(row) : stage::ReadFile(Panel::Path("viewer"));
+        return row < 2 ? m_instrument->Image(row) : testdata::ReadFile(Panel::Path("viewer"));
     }
-    QByteArray Offered(int row) const { return stage::ReadFile(m_table->item(row, 2)->data(Qt::UserRole).toString()); }
+    QByteArray Offered(int row) const
+    {
+        return testdata::ReadFile(m_table->item(row, 2)->data(Qt::UserRole).toString());
+    }
     void Expect(bool right, const QString& what)
     {
         if (!right && !Wrong.contains(what))
@@ -124,7 +127,7 @@ private:
     {
         const QString name = m_panel.Cell(row, 0);
         const QString current = m_panel.Cell(row, 1);
-        const QString version = row < 2 ? m_instrument->Version(row) : stage::ReadFile(Panel::Path("viewer.ver"));
+        const QString version = row < 2 ? m_instrument->Version(row) : testdata::ReadFile(Panel::Path("viewer.ver"));
         Expect(Held(row).isEmpty() || m_given[row].contains(Held(row)), "another image in " + name);
         Expect(status != "ok" || (Held(row) == Offered(row) && current == m_panel.Cell(row, 2)),
                "untrue ok of " + name);
@@ -140,7 +143,7 @@ private:
             m_panel.window->GetButton(row, 4)->setObjectName("mark " + m_panel.Cell(row, 0));
         }
         QList<QPushButton*> all = m_panel.window->findChildren<QPushButton*>();
-        if (const QMessageBox* box = Hand::OpenBox())
+        if (const QMessageBox* box = UiDriver::OpenBox())
             all += box->findChildren<QPushButton*>();
         QMap<QString, QPushButton*> enabled;
         for (QPushButton* button : all) {
@@ -182,7 +185,7 @@ private:
             m_seen.insert(picture);
             Points.append({picture, Buttons().keys()});
         }
-        // A dialog is gone a pass before its work goes on, and no hand is quicker; what had no effect is done again.
+        // A dialog is gone a pass before its work goes on, and no operator is quicker; what had no effect is done again.
         if (m_picture != picture)
             m_rest.setRemainingTime(4ms);
         m_picture = picture;
@@ -198,7 +201,7 @@ private:
         Struck = true;
         const QString name = QString(m_control).remove(" twice");
         const QPushButton* button = Buttons().value(name);
-        m_isBlocked = button && !Hand::IsReachable(button);
+        m_isBlocked = button && !UiDriver::IsReachable(button);
         m_closed = !button || (name == "buttonClose" && !m_isBlocked);
         m_backupAtClose = HasBackup();
         if (button)
@@ -210,7 +213,7 @@ private:
     void Press(const QString& name, int times = 1)
     {
         for (QPushButton* button = Buttons().value(name); times > 0 && button; --times)
-            Hand::PressNow(button);
+            UiDriver::PressNow(button);
     }
 
     void Watch()
@@ -219,7 +222,7 @@ private:
         const bool starts = running && !m_running;
         m_running = running;
         m_runs += starts;
-        const QMessageBox* box = Hand::OpenBox();
+        const QMessageBox* box = UiDriver::OpenBox();
         const bool ends = box && Boxes.size() < m_runs;
         if (ends)
             Boxes.append(box->text() == Success ? "success" : box->text() == Failure ? "failure" : box->text());
@@ -230,7 +233,7 @@ private:
         }
         // A step of the plan is done when it shows: a press may be lost to a window that is just being blocked.
         const QString step = m_plan.first();
-        if ((step == "buttonArchive" && qobject_cast<QFileDialog*>(Hand::OpenDialog()))
+        if ((step == "buttonArchive" && qobject_cast<QFileDialog*>(UiDriver::OpenDialog()))
             || (step == "button_DeviceType" && m_panel.Text(step) == "Поиск прибора...")
             || (step == "buttonUpdate" && starts))
             m_plan.removeFirst();
@@ -243,9 +246,9 @@ private:
 
     void GoOn()
     {
-        if (const QMessageBox* box = Hand::OpenBox())
-            return Hand::PressNow(box->buttons().last());
-        if (auto* dialog = qobject_cast<QFileDialog*>(Hand::OpenDialog())) {
+        if (const QMessageBox* box = UiDriver::OpenBox())
+            return UiDriver::PressNow(box->buttons().last());
+        if (auto* dialog = qobject_cast<QFileDialog*>(UiDriver::OpenDialog())) {
             const QString filter = dialog->nameFilters().first();
             const QString name = filter == "*.zip" ? "new.zip" : QString(filter).replace('*', "3.0");
             auto* edit = dialog->findChild<QLineEdit*>("fileNameEdit");
@@ -256,7 +259,7 @@ private:
         }
         const bool reading = m_panel.window->findChild<QWidget*>("label_Update")->isVisible()
                              && m_panel.Text("label_Update") == "Считываю версии модулей...";
-        const bool reachable = m_panel.window->isVisible() && Hand::IsReachable(m_panel.window.get());
+        const bool reachable = m_panel.window->isVisible() && UiDriver::IsReachable(m_panel.window.get());
         if (!reachable || g_busy || reading || m_panel.Cell(2, 1).isEmpty())
             return;
         while (m_plan.size() > 1 && !m_panel.IsEnabled(m_plan.first()))

@@ -29,9 +29,9 @@ class SweepPower : public QObject
     static void Start(QProcess& process, const QString& folder)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("QT_QPA_GENERIC_PLUGINS", "hand");
+        environment.insert("QT_QPA_GENERIC_PLUGINS", "uidriver");
         environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
-        environment.insert("UPDATER_HAND", "update");
+        environment.insert("UPDATER_UI_TASK", "update");
         process.setProcessEnvironment(environment);
         process.start(folder + "/updater");
     }
@@ -48,17 +48,17 @@ private slots:
     void PowerLost()
     {
         QFETCH(int, request);
-        const stage::Files files = stage::WithCertificates(
-            {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 300)}, {"fw_7_2_1_v2.0.rpd", stage::Image("2.0", 250)}});
-        Instrument instrument(stage::Device("П", 7,
-                                            {stage::Board("a", "DEV", "127.0.0.1", 0, 1, 0),
-                                             stage::Board("b", "DEV2", "127.0.0.2", 0, 2, 1)}),
+        const testdata::Files files = testdata::WithCertificates(
+            {{"fw_7_1_0_v2.0.bin", testdata::Image("2.0", 300)}, {"fw_7_2_1_v2.0.rpd", testdata::Image("2.0", 250)}});
+        Instrument instrument(testdata::Device("П", 7,
+                                               {testdata::Board("a", "DEV", "127.0.0.1", 0, 1, 0),
+                                                testdata::Board("b", "DEV2", "127.0.0.2", 0, 2, 1)}),
                               {.restart = 300ms});
         QString error;
         QVERIFY2(instrument.Start(&error), qPrintable(error));
         const QTemporaryDir folder;
         QVERIFY(QFile::copy(UPDATER_PROGRAM, folder.filePath("updater")));
-        stage::WriteCatalogue(folder.filePath("updater.json"), {instrument.Device()});
+        testdata::WriteCatalogue(folder.filePath("updater.json"), {instrument.Device()});
         WriteFiles(folder, {{"new/" + files[0].first, files[0].second}, {"new/" + files[2].first, files[2].second}});
         const Outcome packed =
             Run(folder, {"pack", "--catalogue", "@/updater.json", "--device", "7", "--output", "@/new.zip", "@/new"});

@@ -2,8 +2,8 @@
 
 #include "Answers.h"
 #include "FirmwareFiles.h"
-#include "Stage.h"
 #include "Table.h"
+#include "TestData.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -71,9 +71,9 @@ private slots:
     {
         QFETCH(int, idCpu);
         QFETCH(QString, entry);
-        const TBoardRecord board =
-            idCpu < 0 ? stage::Program("p", "viewer", "my-viewer") : stage::Board("b", "T", "127.0.0.1", 1, 2, idCpu);
-        QTEST(EntryFits(entry, NamePrefix(FilePattern(stage::Device("d", 3, {board}), board)), board), "fits");
+        const TBoardRecord board = idCpu < 0 ? testdata::Program("p", "viewer", "my-viewer")
+                                             : testdata::Board("b", "T", "127.0.0.1", 1, 2, idCpu);
+        QTEST(EntryFits(entry, NamePrefix(FilePattern(testdata::Device("d", 3, {board}), board)), board), "fits");
     }
 
     void NameVersion_data()
@@ -134,9 +134,9 @@ private slots:
         const QTemporaryDir folder;
         const QString path = folder.filePath("fw.bin");
         if (readable)
-            stage::WriteFile(path, "firmware");
+            testdata::WriteFile(path, "firmware");
         if (!certificate.isNull())
-            stage::WriteFile(path + ".sha256", certificate);
+            testdata::WriteFile(path + ".sha256", certificate);
         const FileDigest digest = ReadDigest(path);
         QCOMPARE(digest.opened, readable);
         QTEST(JudgeCertificate(path, digest.sha256), "verdict");

@@ -70,7 +70,7 @@ public:
     explicit Sudo(const QByteArray& script)
     {
         if (!script.isNull()) {
-            stage::WriteFile(m_folder.filePath("sudo"), "#!/bin/sh\n" + script);
+            testdata::WriteFile(m_folder.filePath("sudo"), "#!/bin/sh\n" + script);
             QFile::setPermissions(m_folder.filePath("sudo"), QFile::Permissions(0x7755));
         }
         qputenv("PATH", m_folder.path().toUtf8());
@@ -115,7 +115,7 @@ private slots:
         QFETCH(std::function<void(QString)>, pull);
         const QTemporaryDir root;
         const QString path = root.filePath("a.zip");
-        stage::WriteZip(path, {{"a", stage::Image("1", 90000)}, {"b", "later"}});
+        testdata::WriteZip(path, {{"a", testdata::Image("1", 90000)}, {"b", "later"}});
         const FirmwareArchive archive(path);
         pull(path);
         QDir(root.path()).mkdir("out");
@@ -137,18 +137,18 @@ private slots:
     {
         Actor one;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0)})});
+        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
         const QString path = Panel::Path("firmware/fw_7_1_0_v1.4.bin");
-        stage::WriteFile(path, "image");
+        testdata::WriteFile(path, "image");
         QFETCH(QString, image);
         QFETCH(QString, certificate);
         QVERIFY(image.isEmpty() || (QFile::remove(path) && QFile::link(image, path)));
         QVERIFY(QFile::link(certificate, path + ".sha256"));
         BoxReader boxes;
         panel.PressRow(0, 3);
-        panel.hand.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
-        panel.hand.Step("told", [&] { return !boxes.texts.isEmpty() && !Hand::OpenBox(); });
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        panel.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
+        panel.driver.Step("told", [&] { return !boxes.texts.isEmpty() && !UiDriver::OpenBox(); });
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QCOMPARE(boxes.texts, QStringList{"Внимание!: Не соответствует сертификат fw_7_1_0_v1.4.bin.sha256"});
         QCOMPARE(panel.Cell(0, 2), "");
     }
@@ -157,13 +157,14 @@ private slots:
     {
         Actor one;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0)})});
-        stage::WriteZip(Panel::Path("new.zip"), {{"a", "first"}, {"fw_7_1_0_v2.0.bin", stage::Image("2.0", 90000)}});
-        panel.hand.Press("buttonArchive");
-        panel.hand.ChooseFile("Открыть архив с прошивками", "new.zip");
+        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
+        testdata::WriteZip(Panel::Path("new.zip"),
+                           {{"a", "first"}, {"fw_7_1_0_v2.0.bin", testdata::Image("2.0", 90000)}});
+        panel.driver.Press("buttonArchive");
+        panel.driver.ChooseFile("Открыть архив с прошивками", "new.zip");
         {
             const FullDisk full(80000);
-            QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+            QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
             QTRY_VERIFY(QApplication::activeModalWidget()->windowType() == Qt::ToolTip);
             QTest::qWait(100);
         }
@@ -190,28 +191,28 @@ private slots:
     }
     void ProgramUpdate()
     {
-        stage::WriteFile(Panel::Path("viewer"), OldProgram);
-        stage::WriteFile(Panel::Path("viewer.ver"), "1.0");
+        testdata::WriteFile(Panel::Path("viewer"), OldProgram);
+        testdata::WriteFile(Panel::Path("viewer.ver"), "1.0");
         Actor one;
         Panel panel;
         // Only these commands have no end.
         g_timeLimits.systemCommand = QByteArray(QTest::currentDataTag()).startsWith("sudo asks") ? 500ms : 60s;
-        panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0), stage::Program("b", "viewer", "viewer")})});
-        panel.TakeArchive(stage::WithCertificates({{"viewer/viewer", NewProgram}, {"viewer/viewer.ver", "2.0"}}));
+        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), testdata::Program("b", "viewer", "viewer")})});
+        panel.TakeArchive(testdata::WithCertificates({{"viewer/viewer", NewProgram}, {"viewer/viewer.ver", "2.0"}}));
         QFETCH(Break, fault);
         QFETCH(QString, box);
         std::shared_ptr<void> holds;
-        panel.hand.Do([&] { holds = fault(); });
-        panel.hand.Press("buttonUpdate");
-        panel.hand.AnswerBox(box, box == Success ? "Нет" : "OK");
-        const bool ran = panel.hand.Run();
+        panel.driver.Do([&] { holds = fault(); });
+        panel.driver.Press("buttonUpdate");
+        panel.driver.AnswerBox(box, box == Success ? "Нет" : "OK");
+        const bool ran = panel.driver.Run();
         holds.reset();
-        QVERIFY2(ran, qPrintable(panel.hand.Failure));
+        QVERIFY2(ran, qPrintable(panel.driver.Failure));
         QTEST(panel.Status(1), "status");
         QFETCH(bool, isNew);
-        QVERIFY(stage::ReadFile(Panel::Path("viewer")) == (isNew ? NewProgram : OldProgram));
+        QVERIFY(testdata::ReadFile(Panel::Path("viewer")) == (isNew ? NewProgram : OldProgram));
         // Whatever is read at the next start is the version of the program that is there.
-        QCOMPARE(stage::ReadFile(Panel::Path("viewer.ver")), isNew ? "2.0" : "1.0");
+        QCOMPARE(testdata::ReadFile(Panel::Path("viewer.ver")), isNew ? "2.0" : "1.0");
         QCOMPARE(Leftovers(Panel::Path("")), QStringList());
         QCOMPARE(panel.Controls(), "idle");
     }
@@ -219,11 +220,11 @@ private slots:
     void KilledCopy()
     {
         const QTemporaryDir root;
-        const QByteArray old = stage::Image("1", 3 << 20);
-        const QByteArray next = stage::Image("2", 4 << 20);
-        stage::WriteFile(root.filePath("old/program"), old);
-        stage::WriteFile(root.filePath("new/program"), next);
-        stage::WriteFile(root.filePath("installed/program"), old);
+        const QByteArray old = testdata::Image("1", 3 << 20);
+        const QByteArray next = testdata::Image("2", 4 << 20);
+        testdata::WriteFile(root.filePath("old/program"), old);
+        testdata::WriteFile(root.filePath("new/program"), next);
+        testdata::WriteFile(root.filePath("installed/program"), old);
         qsizetype leftovers = 0;
         for (int round = 0; round < 25; ++round) {
             QProcess copy;
@@ -235,13 +236,13 @@ private slots:
             copy.kill();
             QVERIFY(copy.waitForFinished());
             QCOMPARE(copy.exitStatus(), QProcess::CrashExit);
-            const QByteArray installed = stage::ReadFile(root.filePath("installed/program"));
+            const QByteArray installed = testdata::ReadFile(root.filePath("installed/program"));
             QVERIFY(installed == old || installed == next);
             leftovers += Leftovers(root.filePath("installed")).size();
         }
         // What the killed ones left is of no use to anybody: it is not copied on, and the next copy removes it.
         QVERIFY(leftovers > 0);
-        stage::WriteFile(root.filePath("installed/.updater-copy.aZ09bY"), "half");
+        testdata::WriteFile(root.filePath("installed/.updater-copy.aZ09bY"), "half");
         QVERIFY(QDir(root.path()).mkdir("backup"));
         QVERIFY(Util::CopyPath(root.filePath("installed"), root.filePath("backup")));
         QCOMPARE(Leftovers(root.filePath("backup")), QStringList());
@@ -276,11 +277,12 @@ private slots:
             return false;
         };
         Panel panel;
-        stage::WriteFile(Panel::Path("updater.json"), R"({"Devices": [)" + (device + ",").repeated(10) + device + "]}");
+        testdata::WriteFile(Panel::Path("updater.json"),
+                            R"({"Devices": [)" + (device + ",").repeated(10) + device + "]}");
         panel.window = std::make_unique<MainWindow>(nullptr);
         panel.window->show();
         panel.WaitForVersions();
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         // The table holds ten boards: the first one answers, and so do those that are reached as the catalogue says.
         QFETCH(QString, version);
         QCOMPARE(panel.Versions(), "1.0" + (" " + version).repeated(9));

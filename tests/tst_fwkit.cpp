@@ -31,8 +31,8 @@ class TestFwkit : public QObject
 private slots:
     void Verify_data()
     {
-        const Table<stage::Files, QStringList, QStringList, QString> row("files", "findings", "boxes", "archive");
-        const auto certified = stage::WithCertificates;
+        const Table<testdata::Files, QStringList, QStringList, QString> row("files", "findings", "boxes", "archive");
+        const auto certified = testdata::WithCertificates;
         const QString missing = "Не найден сертификат ";
         const QString different = "Не соответствует сертификат ";
         row("good", certified(Good()), {}, {}, "a.zip");
@@ -50,7 +50,8 @@ private slots:
             {"two-modules deep/prog2", "misplaced-program deep/prog2"}, {}, "a.zip");
         row("folder that is not copied", certified({{"base/kernel", "x"}, {"base/kernel.ver", "1"}}),
             {"never-copied base/kernel"}, {}, "a.zip");
-        row("files that are not copied", certified(Good() + stage::Files{{"view/a/firmware/f", ""}, {"view/.h", ""}}),
+        row("files that are not copied",
+            certified(Good() + testdata::Files{{"view/a/firmware/f", ""}, {"view/.h", ""}}),
             {"never-copied view/a/firmware/f", "never-copied view/.h"}, {}, "a.zip");
         row("a version behind _", certified({{"fw_7_1_0_v1_5.bin", "x"}}), {"bad-version fw_7_1_0_v1_5.bin"}, {},
             "a.zip");
@@ -73,16 +74,16 @@ private slots:
     }
     void Verify()
     {
-        QFETCH(stage::Files, files);
+        QFETCH(testdata::Files, files);
         QFETCH(QStringList, findings);
         QFETCH(QString, archive);
         const QTemporaryDir folder;
         WriteCatalogue(folder);
-        stage::WriteZip(folder.filePath(archive), files);
+        testdata::WriteZip(folder.filePath(archive), files);
         if (archive == "encrypted.zip") {
-            QByteArray zip = stage::ReadFile(folder.filePath(archive));
+            QByteArray zip = testdata::ReadFile(folder.filePath(archive));
             zip[zip.indexOf("PK\1\2") + 8] = '\1';
-            stage::WriteFile(folder.filePath(archive), zip);
+            testdata::WriteFile(folder.filePath(archive), zip);
         }
         const Outcome outcome = Run(folder, {"verify", "--json", "--catalogue", "@/updater.json", "@/" + archive});
         const QJsonObject told = QJsonDocument::fromJson(outcome.out.toUtf8()).object();
@@ -114,9 +115,9 @@ private slots:
         QFETCH(QStringList, lines);
         const QTemporaryDir folder;
         WriteCatalogue(folder);
-        stage::Files files = stage::WithCertificates({Good()[0]});
-        files += stage::Files{{"view/prog", "x"}, {"\x1b[31m.\xc2\x9b.bin", "x"}};
-        stage::WriteZip(folder.filePath("a.zip"), files);
+        testdata::Files files = testdata::WithCertificates({Good()[0]});
+        files += testdata::Files{{"view/prog", "x"}, {"\x1b[31m.\xc2\x9b.bin", "x"}};
+        testdata::WriteZip(folder.filePath("a.zip"), files);
         const Outcome outcome = Run(folder, {"verify", "--catalogue", "@/updater.json", "@/a.zip"}, -1, locale);
         const QStringList told = outcome.out.split('\n');
         for (const QString& line : lines)
@@ -129,10 +130,10 @@ private slots:
     {
         const QTemporaryDir folder;
         WriteCatalogue(folder);
-        stage::Files files;
+        testdata::Files files;
         for (int i = 0; i < 2000; ++i)
             files.append({QString("f%1").arg(i), "x"});
-        stage::WriteZip(folder.filePath("a.zip"), files);
+        testdata::WriteZip(folder.filePath("a.zip"), files);
         const Outcome outcome = Run(folder, {"verify", "--catalogue", "@/updater.json", "@/a.zip"});
         QCOMPARE(outcome.status, 1);
         QCOMPARE(outcome.out.count("  6 x  ["), 2000);

@@ -49,7 +49,7 @@ QByteArray Changed(QByteArray zip, qsizetype at, const QByteArray& bytes)
 /// In KiB.
 qint64 Memory(const QByteArray& name)
 {
-    const QByteArray status = stage::ReadFile("/proc/self/status");
+    const QByteArray status = testdata::ReadFile("/proc/self/status");
     return status.mid(status.indexOf(name) + name.size()).trimmed().split(' ').first().toLongLong();
 }
 
@@ -95,10 +95,10 @@ private slots:
         QVERIFY(QDir(m_root.path()).mkpath("a/temporary/firmware"));
         qputenv("TMPDIR", m_root.filePath("a/temporary").toUtf8());
         for (const char* folder : {"", "a/", "a/temporary/", "a/temporary/firmware-decoy/"})
-            stage::WriteFile(m_root.filePath(QString(folder) + "x"), "decoy");
+            testdata::WriteFile(m_root.filePath(QString(folder) + "x"), "decoy");
         m_panel = std::make_unique<Panel>();
-        m_panel->Open({stage::Device("П", 7, {m_board.Record("a", 1, 0)})});
-        QVERIFY2(m_panel->hand.Run(), qPrintable(m_panel->hand.Failure));
+        m_panel->Open({testdata::Device("П", 7, {m_board.Record("a", 1, 0)})});
+        QVERIFY2(m_panel->driver.Run(), qPrintable(m_panel->driver.Failure));
     }
 
     void Gallery_data()
@@ -126,23 +126,23 @@ private slots:
         QDir().mkdir(folder);
         prepare(folder);
         const QStringList before = Tree(m_root.path(), "a/temporary/firmware/");
-        stage::WriteFile(Panel::Path("new.zip"), zip);
+        testdata::WriteFile(Panel::Path("new.zip"), zip);
         QTableWidgetItem* offered = m_panel->window->findChild<QTableWidget*>("tableWidget")->item(0, 2);
         offered->setText("");
         BoxReader boxes;
         int looks = 0;
-        m_panel->hand.Press("buttonArchive");
-        m_panel->hand.ChooseFile("Открыть архив с прошивками", "new.zip");
-        m_panel->hand.Step("the end", [&] {
+        m_panel->driver.Press("buttonArchive");
+        m_panel->driver.ChooseFile("Открыть архив с прошивками", "new.zip");
+        m_panel->driver.Step("the end", [&] {
             const QWidget* modal = QApplication::activeModalWidget();
             looks = modal && modal->windowType() == Qt::ToolTip ? looks + 1 : 0;
-            return looks > 10 || (m_panel->Controls() == "idle" && Hand::IsReachable(m_panel->window.get()));
+            return looks > 10 || (m_panel->Controls() == "idle" && UiDriver::IsReachable(m_panel->window.get()));
         });
         // From here on the peak is counted anew, and not hidden by what an earlier row gave back.
         malloc_trim(0);
-        stage::WriteFile("/proc/self/clear_refs", "5");
+        testdata::WriteFile("/proc/self/clear_refs", "5");
         const qint64 memory = Memory("VmRSS:");
-        QVERIFY2(m_panel->hand.Run(2min), qPrintable(m_panel->hand.Failure));
+        QVERIFY2(m_panel->driver.Run(2min), qPrintable(m_panel->driver.Failure));
         const qint64 grown = Memory("VmHWM:") - memory;
         if (looks > 0)
             QApplication::activeModalWidget()->close();
@@ -292,16 +292,16 @@ void TestGallery::OnTheDisk()
         Row("on the disk: " + name, MakeZip(Image()), {.tree = tree + FwTree, .prepare = prepare});
     };
     onDisk("a folder in its place", {}, [](const QString& folder) { QDir(folder).mkpath(QString(Fw) + "/left"); });
-    onDisk("other files", {"a=0"}, [](const QString& folder) { stage::WriteFile(folder + "/a", "0"); });
+    onDisk("other files", {"a=0"}, [](const QString& folder) { testdata::WriteFile(folder + "/a", "0"); });
     onDisk("a link in its place", {}, [](const QString& folder) { QFile::link("../x", folder + '/' + Fw); });
     onDisk("a read-only file in its place", {}, [](const QString& folder) {
-        stage::WriteFile(folder + '/' + Fw, "old");
+        testdata::WriteFile(folder + '/' + Fw, "old");
         QFile::setPermissions(folder + '/' + Fw, QFile::ReadOwner);
     });
     Row("on the disk: a file in a folder's place", MakeZip(Image({.name = "a/fw_7_1_0_v3.0.bin"})),
         {.version = "3.0",
          .tree = {"a/", "a/fw_7_1_0_v3.0.bin=IMAGE", "a/fw_7_1_0_v3.0.bin.sha256:32"},
-         .prepare = [](const QString& folder) { stage::WriteFile(folder + "/a", "old"); }});
+         .prepare = [](const QString& folder) { testdata::WriteFile(folder + "/a", "old"); }});
 }
 
 void TestGallery::Bombs()

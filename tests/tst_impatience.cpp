@@ -1,5 +1,5 @@
 // What a bad board or an exchanged instrument makes of the road: every end is told truly, and nothing is left behind.
-// What an impatient hand makes of it, sweep_hand.cpp tells.
+// What an impatient operator makes of it, sweep_hand.cpp tells.
 
 #include "Actor.h"
 #include "Panel.h"
@@ -28,7 +28,7 @@ private slots:
         row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0",
             [](const Call&) { return QFile::remove(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd"), false; });
         row("the next module's file is replaced behind its certificate", Failure, "ok cancel", "2.0 1.0",
-            [](const Call&) { return stage::WriteFile(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd", "other"), false; });
+            [](const Call&) { return testdata::WriteFile(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd", "other"), false; });
         row("another type until it is written, as a boot loader answers", Success, "ok ok", "2.0 2.0",
             [](const Call& c) {
                 c.actor.type = c.actor.finished ? "DEV" : "LOADER";
@@ -42,12 +42,12 @@ private slots:
         Actor first;
         Actor second;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {first.Record("a", 1, 0), second.Record("b", 2, 1)})});
+        panel.Open({testdata::Device("П", 7, {first.Record("a", 1, 0), second.Record("b", 2, 1)})});
         panel.TakeArchive(BothImages());
-        panel.hand.Do([&] { first.fault = fault; });
-        panel.hand.Press("buttonUpdate");
-        panel.hand.AnswerBox(box, box == Success ? "Нет" : "OK");
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        panel.driver.Do([&] { first.fault = fault; });
+        panel.driver.Press("buttonUpdate");
+        panel.driver.AnswerBox(box, box == Success ? "Нет" : "OK");
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QTEST(panel.Status(0) + " " + panel.Status(1), "status");
         QTEST(panel.Versions(), "versions");
         QCOMPARE(panel.Controls(), "idle");
@@ -60,7 +60,7 @@ private slots:
         Actor first;
         Actor second;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {first.Record("a", 1, 0), second.Record("b", 2, 1)})});
+        panel.Open({testdata::Device("П", 7, {first.Record("a", 1, 0), second.Record("b", 2, 1)})});
         panel.TakeArchive(BothImages());
         bool keepsVersion = true;
         second.fault = [&](const Call& c) { return keepsVersion && c.actor.finished && c.Asks("VER ?;"); };
@@ -73,18 +73,18 @@ private slots:
             }
             seen.append(panel.Versions() + ' ' + buttons);
         };
-        panel.hand.Press("buttonUpdate");
-        panel.hand.AnswerBox(Failure, "OK");
-        panel.hand.Do(look);
-        panel.hand.Do([&] { keepsVersion = false; });
-        panel.hand.Press("buttonUpdate");
-        panel.hand.AnswerBox(Success, "Нет");
-        panel.hand.Do(look);
-        panel.hand.Do([&] { keepsVersion = true; });
-        panel.hand.Press("button_DeviceType");
+        panel.driver.Press("buttonUpdate");
+        panel.driver.AnswerBox(Failure, "OK");
+        panel.driver.Do(look);
+        panel.driver.Do([&] { keepsVersion = false; });
+        panel.driver.Press("buttonUpdate");
+        panel.driver.AnswerBox(Success, "Нет");
+        panel.driver.Do(look);
+        panel.driver.Do([&] { keepsVersion = true; });
+        panel.driver.Press("button_DeviceType");
         panel.WaitForVersions();
-        panel.hand.Do(look);
-        QVERIFY2(panel.hand.Run(30s), qPrintable(panel.hand.Failure));
+        panel.driver.Do(look);
+        QVERIFY2(panel.driver.Run(30s), qPrintable(panel.driver.Failure));
         // A run enables every row button; only reading the versions anew disables those of a row without one.
         QCOMPARE(seen, (QStringList{"2.0 ??? ++++", "2.0 2.0 ++++", "2.0 ??? ++--"}));
         QCOMPARE(first.blocks, 9);
@@ -97,7 +97,7 @@ private slots:
         const TBoardRecord record = board.Record("a", 1, 0);
         TBoardRecord other = record;
         other.Type = "DEV2";
-        panel.Open({stage::Device("П", 7, {record}), stage::Device("Р", 7, {other, record})});
+        panel.Open({testdata::Device("П", 7, {record}), testdata::Device("Р", 7, {other, record})});
         panel.TakeArchive(BothImages().first(2));
         bool onlyCloseInSearch = true;
         board.fault = [&](const Call& c) {
@@ -106,21 +106,21 @@ private slots:
             return false;
         };
         panel.PressRow(0, 4);
-        panel.hand.Press("button_DeviceType");
+        panel.driver.Press("button_DeviceType");
         panel.WaitForVersions();
-        panel.hand.Step("a mark taken off stays off", [&] { return !panel.IsEnabled("buttonUpdate"); });
+        panel.driver.Step("a mark taken off stays off", [&] { return !panel.IsEnabled("buttonUpdate"); });
         panel.PressRow(0, 4);
-        panel.hand.Press("button_DeviceType");
+        panel.driver.Press("button_DeviceType");
         panel.WaitForVersions();
-        panel.hand.Step("same device: kept",
-                        [&] { return panel.Cell(0, 2) == "2.0" && panel.IsEnabled("buttonUpdate"); });
-        panel.hand.Do([&] { board.type = "DEV2"; });
-        panel.hand.Press("button_DeviceType");
-        panel.hand.Step("other device: dropped", [&] {
+        panel.driver.Step("same device: kept",
+                          [&] { return panel.Cell(0, 2) == "2.0" && panel.IsEnabled("buttonUpdate"); });
+        panel.driver.Do([&] { board.type = "DEV2"; });
+        panel.driver.Press("button_DeviceType");
+        panel.driver.Step("other device: dropped", [&] {
             return panel.Text("button_DeviceType") == "Прибор Р  № 55" && panel.Cell(0, 2).isEmpty()
                    && !panel.IsEnabled("buttonUpdate") && panel.Controls() == "idle";
         });
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QVERIFY(onlyCloseInSearch);
     }
 
@@ -139,21 +139,21 @@ private slots:
         TBoardRecord other = main.Record("other", 1, 0);
         other.Type = "DEV2";
         const QList<TBoardRecord> boards{main.Record("a", 1, 0), slow.Record("b", 2, 1), main.Record("c", 3, 0)};
-        panel.Open({stage::Device("П", 7, boards), stage::Device("Р", 8, {other})});
-        // The second module keeps its version back until the hand has pressed.
+        panel.Open({testdata::Device("П", 7, boards), testdata::Device("Р", 8, {other})});
+        // The second module keeps its version back until the button has been pressed.
         bool silent = false;
         bool reading = false;
         slow.fault = [&](const Call& c) { return reading = silent && c.Asks("VER ?;"); };
-        panel.hand.Do([&] { silent = true; });
-        panel.hand.Press("button_DeviceType");
-        panel.hand.Step("in the middle", [&] { return reading; });
-        panel.hand.Do([&] { main.type = type.toLatin1(), silent = false; });
-        panel.hand.Press("button_DeviceType");
-        panel.hand.Step("all is idle", [&] {
+        panel.driver.Do([&] { silent = true; });
+        panel.driver.Press("button_DeviceType");
+        panel.driver.Step("in the middle", [&] { return reading; });
+        panel.driver.Do([&] { main.type = type.toLatin1(), silent = false; });
+        panel.driver.Press("button_DeviceType");
+        panel.driver.Step("all is idle", [&] {
             return panel.Controls() == "idle" && panel.Text("label_Update").isEmpty()
                    && panel.Text("button_DeviceType") != "Поиск прибора...";
         });
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QTest::qWait(50);
         QCOMPARE(panel.Controls(), "idle");
         QTEST(panel.Versions(), "versions");
@@ -168,13 +168,13 @@ private slots:
         int searches = 0;
         bool noneYet = false;
         board.fault = [&](const Call& c) { return searches += c.Asks("DEVICETYPE ?;"), false; };
-        panel.hand.Press("buttonArchive");
-        panel.hand.Step("no search under a dialog", [] { return Hand::OpenDialog(); });
-        panel.hand.Do([] { QTest::qWait(900); });
-        panel.hand.Do([&] { noneYet = searches == 0, Hand::OpenDialog()->reject(); });
-        panel.hand.Press("button_DeviceType");
-        panel.Open({stage::Device("П", 7, {board.Record("a", 1, 0)})});
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        panel.driver.Press("buttonArchive");
+        panel.driver.Step("no search under a dialog", [] { return UiDriver::OpenDialog(); });
+        panel.driver.Do([] { QTest::qWait(900); });
+        panel.driver.Do([&] { noneYet = searches == 0, UiDriver::OpenDialog()->reject(); });
+        panel.driver.Press("button_DeviceType");
+        panel.Open({testdata::Device("П", 7, {board.Record("a", 1, 0)})});
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QTest::qWait(200);
         QVERIFY(noneYet);
         QCOMPARE(searches, 1);

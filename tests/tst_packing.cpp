@@ -63,14 +63,14 @@ private slots:
         const QTemporaryDir folder;
         WriteCatalogue(folder);
         for (const auto& [name, content] : Good())
-            stage::WriteFile(folder.filePath("firmware/" + name), content);
+            testdata::WriteFile(folder.filePath("firmware/" + name), content);
         WriteFiles(folder, {{"firmware/.hidden", "x"}, {"firmware/old~", "x"}});
         QFile::setPermissions(folder.filePath("firmware/view/prog"), QFile::Permissions::fromInt(0x7700));
         const Outcome first = Run(folder, PackOrder + QStringList{"@/firmware/a.zip", "@/firmware"});
         QVERIFY2(first.status == 0, qPrintable(first.err));
         QCOMPARE(first.err.count("left out"), 2);
         QVERIFY(first.err.contains("note: the folder's name contains \"firmware\""));
-        const QByteArray zip = stage::ReadFile(folder.filePath("firmware/a.zip"));
+        const QByteArray zip = testdata::ReadFile(folder.filePath("firmware/a.zip"));
 
         // Later, elsewhere, with other inputs of the same content; the archive itself is none of them.
         qputenv("TZ", "Asia/Tokyo");
@@ -82,11 +82,11 @@ private slots:
             0);
         const QStringList again{"@/firmware/a.zip", "@/firmware"};
         QVERIFY(Run(folder, PackOrder + again).err.contains("a.zip: is there already; "));
-        QVERIFY(zip == stage::ReadFile(folder.filePath("firmware/a.zip")));
+        QVERIFY(zip == testdata::ReadFile(folder.filePath("firmware/a.zip")));
         QCOMPARE(Run(folder, PackOrder + again + QStringList{"--force"}).status, 0);
         qunsetenv("TZ");
-        QVERIFY(!zip.isEmpty() && zip == stage::ReadFile(folder.filePath("b.zip")));
-        QVERIFY(zip == stage::ReadFile(folder.filePath("firmware/a.zip")));
+        QVERIFY(!zip.isEmpty() && zip == testdata::ReadFile(folder.filePath("b.zip")));
+        QVERIFY(zip == testdata::ReadFile(folder.filePath("firmware/a.zip")));
 
         QStringList entries;
         const FirmwareArchive archive(folder.filePath("b.zip"));
@@ -99,29 +99,31 @@ private slots:
 
     void PackRefuses_data()
     {
-        const Table<stage::Files, QString, QString> row("files", "line", "output");
-        const stage::Files image{{"in/fw_7_1_0_v2.0.bin", "x"}};
+        const Table<testdata::Files, QString, QString> row("files", "line", "output");
+        const testdata::Files image{{"in/fw_7_1_0_v2.0.bin", "x"}};
         row("two in one place", {{"in/a/prog", "x"}, {"in/b/prog", "y"}}, "@/in/b/prog: @/in/a/prog has the same place",
             "");
         row("control character", {{"in/view/a\x1b", "x"}}, "@/in/view/a\\u001b: Its name has characters", "");
-        row("changed since", image + stage::Files{{"in/fw_7_1_0_v2.0.bin.sha256", "old"}},
+        row("changed since", image + testdata::Files{{"in/fw_7_1_0_v2.0.bin.sha256", "old"}},
             "@/in/fw_7_1_0_v2.0.bin: Its certificate on the disk", "");
-        row("certificate alone", image + stage::Files{{"in/x.sha256", "x"}}, "@/in/x.sha256: It is a certificate", "");
-        row("link out", image + stage::Files{{"link", "in/view/link"}}, "@/in/view/link: a link out of the folder", "");
-        row("over the limit", image + stage::Files{{"large", "in/view/large"}}, "@/in/view/large: The panel unpacks no",
+        row("certificate alone", image + testdata::Files{{"in/x.sha256", "x"}}, "@/in/x.sha256: It is a certificate",
             "");
-        row("by the panel's trial", image + stage::Files{{"in/readme", "x"}}, "@/in/readme: No module takes it", "");
+        row("link out", image + testdata::Files{{"link", "in/view/link"}}, "@/in/view/link: a link out of the folder",
+            "");
+        row("over the limit", image + testdata::Files{{"large", "in/view/large"}},
+            "@/in/view/large: The panel unpacks no", "");
+        row("by the panel's trial", image + testdata::Files{{"in/readme", "x"}}, "@/in/readme: No module takes it", "");
         row("firmware in the output's name", image, "@/firmware.zip: The panel does not make", "firmware.zip");
     }
     void PackRefuses()
     {
-        QFETCH(stage::Files, files);
+        QFETCH(testdata::Files, files);
         QFETCH(QString, line);
         QFETCH(QString, output);
         const QTemporaryDir folder;
         WriteCatalogue(folder);
         for (const auto& [name, content] : files) {
-            stage::WriteFile(folder.filePath(name.startsWith("in/") ? name : "in/view/x.tmp"), content);
+            testdata::WriteFile(folder.filePath(name.startsWith("in/") ? name : "in/view/x.tmp"), content);
             if (name == "link")
                 QVERIFY(QFile::link(folder.filePath("updater.json"), folder.filePath(content)));
             else if (name == "large")
@@ -151,14 +153,14 @@ private slots:
         QFETCH(QString, line);
         const QTemporaryDir folder;
         WriteCatalogue(folder);
-        const QByteArray image = stage::Image("2.0", 100000);
+        const QByteArray image = testdata::Image("2.0", 100000);
         WriteFiles(folder, {{"in/fw_7_1_0_v2.0.bin", image}, {"a.zip", "old"}});
-        stage::WriteZip(folder.filePath("b.zip"), {{"a", image}});
+        testdata::WriteZip(folder.filePath("b.zip"), {{"a", image}});
         const Outcome outcome = Run(folder, arguments, limit);
         QCOMPARE(outcome.status, 2);
         QVERIFY2(outcome.err.startsWith("fwkit " + line.replace("@", folder.path())), qPrintable(outcome.err));
         QCOMPARE(outcome.err.count('\n'), 1);
-        QCOMPARE(stage::ReadFile(folder.filePath("a.zip")), "old");
+        QCOMPARE(testdata::ReadFile(folder.filePath("a.zip")), "old");
         QCOMPARE(Listing(folder), QStringList({"a.zip", "b.zip", "in", "updater.json"}));
         QCOMPARE(QDir(folder.filePath("in")).entryList(QDir::Files | QDir::Hidden), QStringList("fw_7_1_0_v2.0.bin"));
     }
@@ -181,7 +183,7 @@ private slots:
         QFETCH(int, signal);
         const QTemporaryDir folder;
         WriteLarge(folder);
-        stage::WriteFile(folder.filePath("a.zip"), "old");
+        testdata::WriteFile(folder.filePath("a.zip"), "old");
         QProcess process;
         Start(process, folder, arguments);
         QCOMPARE(BusyFolders(process, folder, 1).size(), 1);
@@ -190,7 +192,7 @@ private slots:
         QCOMPARE(process.exitStatus(), QProcess::CrashExit);
         QCOMPARE(process.exitCode(), signal);
         QCOMPARE(Listing(folder), QStringList({"a.zip", "in", "large.zip", "updater.json"}));
-        QCOMPARE(stage::ReadFile(folder.filePath("a.zip")), "old");
+        QCOMPARE(testdata::ReadFile(folder.filePath("a.zip")), "old");
     }
 
     void KilledRunsAreTidiedUpAfter()
@@ -268,7 +270,7 @@ private slots:
         QCOMPARE(outcome.status, 2);
         QVERIFY2(outcome.err.startsWith("fwkit" + line.replace("@", folder.path())), qPrintable(outcome.err));
         QCOMPARE(outcome.err.count('\n'), 1);
-        QCOMPARE(stage::ReadFile(folder.filePath("target")), "kept");
+        QCOMPARE(testdata::ReadFile(folder.filePath("target")), "kept");
         QVERIFY(!QFileInfo::exists(folder.filePath("a.zip")) && !QFileInfo::exists(folder.filePath("in/file.sha256")));
     }
 
@@ -293,10 +295,10 @@ private slots:
         const auto digest = [](const QByteArray& text) {
             return QCryptographicHash::hash(text, QCryptographicHash::Sha256);
         };
-        const stage::Files files{{"a.bin", "image"}, {"b/prog", "code"}, {"c.bin", "same"}, {"none", ""},
-                                 {".h/x", "x"},      {".hidden", "x"},   {"x.tmp", "x"}};
+        const testdata::Files files{{"a.bin", "image"}, {"b/prog", "code"}, {"c.bin", "same"}, {"none", ""},
+                                    {".h/x", "x"},      {".hidden", "x"},   {"x.tmp", "x"}};
         for (const auto& [name, content] : files)
-            stage::WriteFile(folder.filePath("in/" + name), content);
+            testdata::WriteFile(folder.filePath("in/" + name), content);
         WriteFiles(folder, {{"in/b/prog.sha256", "other"}, {"in/c.bin.sha256", digest("same")}, {"outside/x", "x"}});
         QFile::link(folder.filePath("outside"), folder.filePath("in/folder"));
         QFile::link(folder.filePath("outside/x"), folder.filePath("in/file"));
@@ -316,7 +318,7 @@ private slots:
 
         QStringList right;
         for (const auto& [name, content] : files) {
-            if (stage::ReadFile(folder.filePath("in/" + name + ".sha256")) == digest(content))
+            if (testdata::ReadFile(folder.filePath("in/" + name + ".sha256")) == digest(content))
                 right.append(name);
         }
         QTEST(right.join(' '), "right");

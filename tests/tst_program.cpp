@@ -2,8 +2,8 @@
 
 #include "FakeBoard.h"
 #include "RunGuard.h"
-#include "Stage.h"
 #include "Table.h"
+#include "TestData.h"
 
 #include <QDeadlineTimer>
 #include <QProcess>
@@ -16,7 +16,7 @@ class TestProgram : public QObject
 {
     Q_OBJECT
 
-    /// Starts the program in `folder`, worked by the hand when it is given a task. All copies share one temporary
+    /// Starts the program in `folder`, worked by the driver when it is given a task. All copies share one temporary
     /// folder: a killed one leaves its marker behind, and only the key file there leads the next one to it.
     static void Start(QProcess& process, const QTemporaryDir& folder, const QString& task = {})
     {
@@ -24,9 +24,9 @@ class TestProgram : public QObject
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_MESSAGE_PATTERN", "%{file} %{message}");
         if (!task.isEmpty()) {
-            environment.insert("QT_QPA_GENERIC_PLUGINS", "hand");
+            environment.insert("QT_QPA_GENERIC_PLUGINS", "uidriver");
             environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
-            environment.insert("UPDATER_HAND", task);
+            environment.insert("UPDATER_UI_TASK", task);
         }
         process.setProcessEnvironment(environment);
         process.start(folder.filePath("updater"));
@@ -34,11 +34,11 @@ class TestProgram : public QObject
     }
 
     /// Makes new.zip for device 7 of the catalogue in `folder`, as its maker would.
-    static void Pack(const QTemporaryDir& folder, const stage::Files& files)
+    static void Pack(const QTemporaryDir& folder, const testdata::Files& files)
     {
         const QTemporaryDir inputs;
         for (const auto& [name, content] : files)
-            stage::WriteFile(inputs.filePath(name), content);
+            testdata::WriteFile(inputs.filePath(name), content);
         QCOMPARE(QProcess::execute(FWKIT_PROGRAM, {"pack", "--catalogue", folder.filePath("updater.json"), "--device",
                                                    "7", "--output", folder.filePath("new.zip"), inputs.path()}),
                  0);
@@ -105,8 +105,9 @@ private slots:
             socket.write(FakeBoard::Text(request, type ? "DEVICETYPE T;" : "VER;"));
         });
         const QTemporaryDir folder;
-        stage::WriteCatalogue(folder.filePath("updater.json"),
-                              {stage::Device("D", 1, {stage::Board("b", "T", "127.0.0.1", board.serverPort(), 1, 0)})});
+        testdata::WriteCatalogue(
+            folder.filePath("updater.json"),
+            {testdata::Device("D", 1, {testdata::Board("b", "T", "127.0.0.1", board.serverPort(), 1, 0)})});
         QProcess process;
         Start(process, folder);
         QVERIFY(Ended(process));
@@ -139,10 +140,10 @@ private slots:
             }
         });
         const QTemporaryDir folder;
-        stage::WriteCatalogue(
+        testdata::WriteCatalogue(
             folder.filePath("updater.json"),
-            {stage::Device("D", 7, {stage::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0)})});
-        Pack(folder, {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", size)}});
+            {testdata::Device("D", 7, {testdata::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0)})});
+        Pack(folder, {{"fw_7_1_0_v2.0.bin", testdata::Image("2.0", size)}});
         QProcess process;
         Start(process, folder, QTest::currentDataTag());
         QVERIFY(Ended(process));
@@ -167,12 +168,12 @@ private slots:
             socket.write(FakeBoard::Text(request, FakeBoard::Command(request).chopped(2) + "1.0;"));
         });
         const QTemporaryDir folder;
-        stage::WriteCatalogue(folder.filePath("updater.json"),
-                              {stage::Device("D", 7,
-                                             {stage::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0),
-                                              stage::Board("c", "1.0", "127.0.0.1", board.serverPort(), 2, 3),
-                                              stage::Program("Просмотр", "viewer", "demo-viewer")})});
-        stage::WriteFile(folder.filePath("demo-viewer.ver"), "1.0");
+        testdata::WriteCatalogue(folder.filePath("updater.json"),
+                                 {testdata::Device("D", 7,
+                                                   {testdata::Board("b", "1.0", "127.0.0.1", board.serverPort(), 1, 0),
+                                                    testdata::Board("c", "1.0", "127.0.0.1", board.serverPort(), 2, 3),
+                                                    testdata::Program("Просмотр", "viewer", "demo-viewer")})});
+        testdata::WriteFile(folder.filePath("demo-viewer.ver"), "1.0");
         Pack(folder, {{"a/fw_7_1_0_v1.5.bin", "1"},
                       {"b/fw_7_2_3_v2.1.rpd", "2"},
                       {"viewer/demo-viewer", "#!/bin/sh\n"},
@@ -190,7 +191,7 @@ private slots:
 #if defined(__SANITIZE_ADDRESS__) || defined(UPDATER_COVERAGE)
         QSKIP("the tables of the sanitizer and of the counters hold the path");
 #endif
-        const QByteArray binary = stage::ReadFile(UPDATER_PROGRAM);
+        const QByteArray binary = testdata::ReadFile(UPDATER_PROGRAM);
         QVERIFY(binary.contains("updater/Util.cpp"));
         // Without the leading "/": a path may also lead there from another folder.
         for (const char* folder : {&BUILD_FOLDER[1], &SOURCE_FOLDER[1]})

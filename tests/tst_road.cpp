@@ -20,23 +20,24 @@ class TestRoad : public QObject
     /// A device of three firmware modules, two of them on one board, and a program module.
     static TDeviceRecord FullDevice()
     {
-        return stage::Device(
-            "П-7", 7,
-            {stage::Board("Один", "DEV", "127.0.0.1", 0, 1, 0), stage::Board("Два", "DEV", "127.0.0.1", 0, 1, 1),
-             stage::Board("Три", "MVPROBER-3", "127.0.0.2", 0, 2, 2), stage::Program("Программа", "viewer", "viewer")});
+        return testdata::Device("П-7", 7,
+                                {testdata::Board("Один", "DEV", "127.0.0.1", 0, 1, 0),
+                                 testdata::Board("Два", "DEV", "127.0.0.1", 0, 1, 1),
+                                 testdata::Board("Три", "MVPROBER-3", "127.0.0.2", 0, 2, 2),
+                                 testdata::Program("Программа", "viewer", "viewer")});
     }
 
-    static stage::Files FullArchive()
+    static testdata::Files FullArchive()
     {
-        return stage::WithCertificates({{"fw/fw_7_1_0_v1.5.bin", stage::Image("1.5", 5000)},
-                                        {"fw/fw_7_1_1_v2.1.rpd", stage::Image("2.1", 240)},
-                                        {"fw/fw_7_2_2_v3.0.rpd", stage::Image("3.0", 241)},
-                                        {"viewer/viewer", "#!/bin/sh\n"},
-                                        {"viewer/viewer.ver", "4.0"}});
+        return testdata::WithCertificates({{"fw/fw_7_1_0_v1.5.bin", testdata::Image("1.5", 5000)},
+                                           {"fw/fw_7_1_1_v2.1.rpd", testdata::Image("2.1", 240)},
+                                           {"fw/fw_7_2_2_v3.0.rpd", testdata::Image("3.0", 241)},
+                                           {"viewer/viewer", "#!/bin/sh\n"},
+                                           {"viewer/viewer.ver", "4.0"}});
     }
 
 private slots:
-    void init() { stage::WriteFile(Panel::Path("viewer.ver"), "1.0"); }
+    void init() { testdata::WriteFile(Panel::Path("viewer.ver"), "1.0"); }
 
     void WholeRoad_data()
     {
@@ -51,19 +52,19 @@ private slots:
         Panel panel;
         Instrument* instrument = panel.Play(FullDevice());
         const int port = instrument->Device().Boards[0].Port;
-        panel.Open(
-            {stage::Device("Чужой", 8, {stage::Board("x", "OTHER", "127.0.0.1", port, 1, 0)}), instrument->Device()});
+        panel.Open({testdata::Device("Чужой", 8, {testdata::Board("x", "OTHER", "127.0.0.1", port, 1, 0)}),
+                    instrument->Device()});
         panel.TakeArchive(FullArchive());
-        panel.hand.Press("buttonUpdate");
-        panel.hand.Step("row buttons stay disabled in the run", [&] {
+        panel.driver.Press("buttonUpdate");
+        panel.driver.Step("row buttons stay disabled in the run", [&] {
             return panel.Cell(0, 1) == "1.5" && panel.Text("buttonUpdate") == "Отмена"
                    && !panel.window->GetButton(0, 3)->isEnabled() && !panel.window->GetButton(0, 4)->isEnabled();
         });
-        panel.hand.AnswerBox(Success, answer);
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        panel.driver.AnswerBox(Success, answer);
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
 
         QCOMPARE(panel.Text("button_DeviceType"), "Прибор П-7  № 777");
-        const stage::Files files = FullArchive();
+        const testdata::Files files = FullArchive();
         for (int row = 0; row < 4; ++row) {
             QCOMPARE(instrument->Image(row), row < 3 ? files[row * 2].second : QByteArray());
             QCOMPARE(panel.Cell(row, 1), QStringList({"1.5", "2.1", "3.0", "4.0"})[row]);
@@ -79,9 +80,9 @@ private slots:
     {
         const Table<QList<TDeviceRecord>, QString> row("devices", "versions");
         TDeviceRecord device = FullDevice();
-        device.Boards[0].Port = stage::FreePort("127.0.0.1");
+        device.Boards[0].Port = testdata::FreePort("127.0.0.1");
         const TDeviceRecord absurd =
-            stage::Device("!", -1, {stage::Board("a", "", "127.0.0.1", 70000, 258, 2147483647)});
+            testdata::Device("!", -1, {testdata::Board("a", "", "127.0.0.1", 70000, 258, 2147483647)});
         row("empty catalogue", {}, "");
         row("nobody there, and absurd numbers", {device, absurd}, "??? ??? ??? 1.0");
     }
@@ -114,29 +115,29 @@ private slots:
         QFETCH(QString, press);
         const QString text = "<b>Текст</b>";
         const auto icon = question ? QMessageBox::Question : QMessageBox::Critical;
-        Hand hand;
-        hand.Step("the box", [=] {
-            const QMessageBox* box = Hand::OpenBox();
+        UiDriver driver;
+        driver.Step("the box", [=] {
+            const QMessageBox* box = UiDriver::OpenBox();
             return box && g_currentMessageBox == box && box->textFormat() == Qt::PlainText && box->icon() == icon
                    && box->windowFlags().testFlag(Qt::FramelessWindowHint);
         });
         if (press.isEmpty())
-            hand.Do([] { QTest::keyClick(Hand::OpenBox(), Qt::Key_Escape); });
+            driver.Do([] { QTest::keyClick(UiDriver::OpenBox(), Qt::Key_Escape); });
         else
-            hand.AnswerBox(text, press);
-        hand.Start();
+            driver.AnswerBox(text, press);
+        driver.Start();
         QTEST(question ? AskYesNo(nullptr, "Вопрос", text) : ShowAlert(nullptr, "Внимание!", text, "OK"), "result");
         QVERIFY(!g_currentMessageBox);
-        QVERIFY2(hand.Failure.isEmpty(), qPrintable(hand.Failure));
+        QVERIFY2(driver.Failure.isEmpty(), qPrintable(driver.Failure));
     }
 
     void Certificates_data()
     {
-        const Table<stage::Files, QStringList, QString> row("files", "boxes", "versions");
+        const Table<testdata::Files, QStringList, QString> row("files", "boxes", "versions");
         const QString missing = "Внимание!: Не найден сертификат fw_7_1_0_v2.0.bin.sha256";
         const QString different = "Внимание!: Не соответствует сертификат fw_7_1_0_v2.0.bin.sha256";
-        const stage::Files good = BothImages();
-        const auto certified = stage::WithCertificates;
+        const testdata::Files good = BothImages();
+        const auto certified = testdata::WithCertificates;
         row("good", good, {}, "2.0 2.0");
         row("missing: told for every row", {good[0], good[2], good[3]}, {missing, missing}, " 2.0");
         row("hexadecimal", {good[0], {good[1].first, good[1].second.toHex()}}, {different, different}, " ");
@@ -146,13 +147,13 @@ private slots:
     }
     void Certificates()
     {
-        QFETCH(stage::Files, files);
+        QFETCH(testdata::Files, files);
         Actor one;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0), one.Record("b", 2, 1)})});
+        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), one.Record("b", 2, 1)})});
         BoxReader boxes;
         panel.TakeBadArchive(files);
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QTEST(boxes.texts, "boxes");
         QTEST(panel.Cell(0, 2) + " " + panel.Cell(1, 2), "versions");
     }
@@ -161,12 +162,12 @@ private slots:
     {
         Actor one;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0)})});
+        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
         // In a "firmware" folder the extraction folder is not made, and it is not there.
-        stage::WriteZip(Panel::Path("firmware.zip"), BothImages());
-        panel.hand.Press("buttonArchive");
-        panel.hand.ChooseFile("Открыть архив с прошивками", "firmware.zip");
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        testdata::WriteZip(Panel::Path("firmware.zip"), BothImages());
+        panel.driver.Press("buttonArchive");
+        panel.driver.ChooseFile("Открыть архив с прошивками", "firmware.zip");
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QTRY_VERIFY(QApplication::activeModalWidget()->windowType() == Qt::ToolTip);
         QTest::qWait(50);
         QCOMPARE(panel.Cell(0, 2), "");
@@ -178,20 +179,20 @@ private slots:
     {
         Actor one;
         Panel panel;
-        panel.Open({stage::Device("П", 7, {one.Record("a", 1, 0)})});
-        for (const auto& [name, content] : stage::WithCertificates({{"fw_7_1_0_v1.4.bin", "image"}}))
-            stage::WriteFile(Panel::Path("firmware/" + name), content);
+        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
+        for (const auto& [name, content] : testdata::WithCertificates({{"fw_7_1_0_v1.4.bin", "image"}}))
+            testdata::WriteFile(Panel::Path("firmware/" + name), content);
         const auto marked = [&] {
             return panel.IsEnabled("buttonUpdate") && !panel.window->GetButton(0, 4)->icon().isNull();
         };
         panel.PressRow(0, 3);
-        panel.hand.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
-        panel.hand.Step("taken", [&] { return panel.Cell(0, 2) == "1.4" && marked(); });
+        panel.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
+        panel.driver.Step("taken", [&] { return panel.Cell(0, 2) == "1.4" && marked(); });
         panel.PressRow(0, 4);
-        panel.hand.Step("off", [=] { return !marked(); });
+        panel.driver.Step("off", [=] { return !marked(); });
         panel.PressRow(0, 4);
-        panel.hand.Step("on again", marked);
-        QVERIFY2(panel.hand.Run(), qPrintable(panel.hand.Failure));
+        panel.driver.Step("on again", marked);
+        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
         QCOMPARE(panel.Controls(), "idle");
     }
 };

@@ -13,7 +13,7 @@ import unittest
 import jsonschema
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-FWKIT, LAY_OUT_DEMO = (pathlib.Path(program).resolve() for program in sys.argv[1:3])
+FWKIT, MAKE_DEMO_FOLDER = (pathlib.Path(program).resolve() for program in sys.argv[1:3])
 GOOD = ROOT / "tests/catalogues/good-small.json"
 DOCUMENT = (ROOT / "docs/catalogue.md").read_text()
 SCHEMA = json.loads((ROOT / "docs/updater.schema.json").read_text())
@@ -78,7 +78,7 @@ class Schema(unittest.TestCase):
 
     def test_takes_what_the_demo_lays_out(self):
         with tempfile.TemporaryDirectory() as folder:
-            subprocess.run([LAY_OUT_DEMO, folder], check=True)
+            subprocess.run([MAKE_DEMO_FOLDER, folder], check=True)
             path = pathlib.Path(folder) / "updater.json"
             self.assertTrue(schema_takes(path))
             self.assertEqual(check(path), set())

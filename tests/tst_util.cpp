@@ -1,10 +1,10 @@
 // What touches the panel's own disk: a copy must end, lose nothing, and never delete its own source.
 
-#include "Hand.h"
-#include "Stage.h"
 #include "Table.h"
+#include "TestData.h"
 #include "TimeLimits.h"
 #include "Tree.h"
+#include "UiDriver.h"
 #include "Util.h"
 
 #include <QDir>
@@ -45,23 +45,23 @@ private slots:
     void Version()
     {
         const QTemporaryDir folder;
-        stage::WriteFile(folder.filePath("program.ver"), "1.2 \xd0\xb1\n");
+        testdata::WriteFile(folder.filePath("program.ver"), "1.2 \xd0\xb1\n");
         QCOMPARE(Util::GetVersion(nullptr, folder.path(), "program", true), "1.2 б\n");
 
-        Hand hand;
+        UiDriver driver;
         const QString name = "<b>missing</b>";
         const QString path = folder.filePath(name) + ".ver";
-        hand.Step(
+        driver.Step(
             "the box",
             [=] {
-                const QMessageBox* box = Hand::OpenBox();
+                const QMessageBox* box = UiDriver::OpenBox();
                 return box && box->windowTitle() == "test" && box->textFormat() == Qt::PlainText
                        && box->icon() == QMessageBox::Critical && box->text() == path + ": No such file or directory";
             },
-            [] { Hand::PressNow(Hand::OpenBox()->button(QMessageBox::Ok)); });
-        hand.Start();
+            [] { UiDriver::PressNow(UiDriver::OpenBox()->button(QMessageBox::Ok)); });
+        driver.Start();
         QCOMPARE(Util::GetVersion(nullptr, folder.path(), name, false), "???");
-        QVERIFY(hand.Failure.isEmpty());
+        QVERIFY(driver.Failure.isEmpty());
     }
 
     void CopyLeavesOut_data()
@@ -76,24 +76,24 @@ private slots:
     {
         const QTemporaryDir root;
         const QString name = QTest::currentDataTag();
-        stage::WriteFile(root.filePath("src/" + name), "content");
-        stage::WriteFile(root.filePath("dst/other"), "kept");
+        testdata::WriteFile(root.filePath("src/" + name), "content");
+        testdata::WriteFile(root.filePath("dst/other"), "kept");
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         QFETCH(bool, copied);
-        QCOMPARE(stage::ReadFile(root.filePath("dst/" + name)), copied ? QByteArray("content") : QByteArray());
-        QCOMPARE(stage::ReadFile(root.filePath("dst/other")), "kept");
+        QCOMPARE(testdata::ReadFile(root.filePath("dst/" + name)), copied ? QByteArray("content") : QByteArray());
+        QCOMPARE(testdata::ReadFile(root.filePath("dst/other")), "kept");
     }
 
     void CopyResult()
     {
         const QTemporaryDir root;
-        stage::WriteFile(root.filePath("firmware/f"), "1");
+        testdata::WriteFile(root.filePath("firmware/f"), "1");
         QVERIFY(QDir(root.path()).mkpath("dst"));
         QVERIFY(Util::CopyPath(root.filePath("firmware"), root.filePath("dst")));
         QVERIFY(QDir(root.filePath("dst")).isEmpty());
         QVERIFY(!Util::CopyPath(root.filePath("missing"), root.filePath("dst")));
         // A folder stands where the file belongs.
-        stage::WriteFile(root.filePath("src/f"), "1");
+        testdata::WriteFile(root.filePath("src/f"), "1");
         QVERIFY(QDir(root.path()).mkpath("dst/f"));
         QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("nowhere")));
@@ -113,12 +113,12 @@ private slots:
         QFETCH(bool, readable);
         const QTemporaryDir root;
         for (const char* name : {"src/a/1", "src/a/2", "src/other"})
-            stage::WriteFile(root.filePath(name), QByteArray(size, 'x'));
+            testdata::WriteFile(root.filePath(name), QByteArray(size, 'x'));
         QVERIFY(QFile::link(readable ? "other" : "/proc/self/mem", root.filePath("src/f")));
         QVERIFY(QDir(root.path()).mkpath(readable ? "dst/f" : "dst"));
         QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         for (const char* name : {"dst/a/1", "dst/a/2"})
-            QCOMPARE(stage::ReadFile(root.filePath(name)), QByteArray(size, 'x'));
+            QCOMPARE(testdata::ReadFile(root.filePath(name)), QByteArray(size, 'x'));
         QVERIFY(Tree(root.filePath("dst")).filter("updater-copy").isEmpty());
     }
 
@@ -126,7 +126,7 @@ private slots:
     {
         const QTemporaryDir root;
         for (const char* name : {"src/a/f", "src/b/g", "dst/a/.updater-copy.aZ09bY"})
-            stage::WriteFile(root.filePath(name), "1");
+            testdata::WriteFile(root.filePath(name), "1");
         QVERIFY(QFile::link("a", root.filePath("dst/b")));
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         QCOMPARE(Tree(root.filePath("dst")), (QStringList{"a/", "a/f=1", "a/g=1", "b@"}));
@@ -138,7 +138,7 @@ private slots:
         lines.clear();
         const QTemporaryDir root;
         for (const char* name : {"src/a/b/f", "src/a/b/base/f", "src/f"})
-            stage::WriteFile(root.filePath(name), "1");
+            testdata::WriteFile(root.filePath(name), "1");
         QVERIFY(QDir(root.path()).mkdir("dst"));
         const auto previous =
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext& context, const QString& text) {
@@ -155,7 +155,7 @@ private slots:
     void CopyReplacesInOneStep()
     {
         const QTemporaryDir root;
-        stage::WriteFile(root.filePath("src/program"), "new");
+        testdata::WriteFile(root.filePath("src/program"), "new");
         QFile::setPermissions(root.filePath("src/program"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QVERIFY(QDir(root.path()).mkdir("dst") && QFile::copy("/bin/sleep", root.filePath("dst/program")));
         // The old program goes on running: its bytes are not overwritten.
@@ -166,7 +166,7 @@ private slots:
         QVERIFY(!running.waitForFinished(50));
         running.kill();
         QVERIFY(running.waitForFinished());
-        QCOMPARE(stage::ReadFile(root.filePath("dst/program")), "new");
+        QCOMPARE(testdata::ReadFile(root.filePath("dst/program")), "new");
         QVERIFY(QFileInfo(root.filePath("dst/program")).isExecutable());
         QCOMPARE(QDir(root.filePath("dst")).entryList(QDir::Files | QDir::Hidden), QStringList{"program"});
     }
@@ -174,7 +174,7 @@ private slots:
     void CopyEnds()
     {
         const QTemporaryDir root;
-        stage::WriteFile(root.filePath("src/a/f"), "1");
+        testdata::WriteFile(root.filePath("src/a/f"), "1");
         QVERIFY(QFile::link(root.filePath("src"), root.filePath("src/a/up")));
         QVERIFY(QFile::link(root.path(), root.filePath("src/a/further-up")));
         // The target lies inside of the source, as a backup does.
@@ -189,14 +189,14 @@ private slots:
         copied.insert(3, "a/into/");
         QCOMPARE(Tree(root.filePath("src/backup")), copied);
         QVERIFY(Util::CopyPath(root.filePath("src/a"), root.filePath("src/a")));
-        QCOMPARE(stage::ReadFile(root.filePath("src/a/f")), "1");
+        QCOMPARE(testdata::ReadFile(root.filePath("src/a/f")), "1");
     }
 
     void CopyOfLinkedFolders()
     {
         const QTemporaryDir root;
-        stage::WriteFile(root.filePath("outside/plugins-1/p"), "1");
-        stage::WriteFile(root.filePath("src/lib-1/f"), "1");
+        testdata::WriteFile(root.filePath("outside/plugins-1/p"), "1");
+        testdata::WriteFile(root.filePath("src/lib-1/f"), "1");
         QVERIFY(QFile::link(root.filePath("outside/plugins-1"), root.filePath("outside/plugins")));
         QVERIFY(QFile::link(root.filePath("outside"), root.filePath("src/lib-1/more")));
         for (const char* name : {"src/lib", "src/lib-too"})
@@ -205,14 +205,14 @@ private slots:
         const int count = 3;
         for (int i = 0; i < count * count; ++i) {
             const QString from = root.filePath(QString("src/n%1").arg(i / count));
-            stage::WriteFile(from + "/f", "1");
+            testdata::WriteFile(from + "/f", "1");
             QVERIFY(QFile::link(QString("../n%1").arg(i % count), from + QString("/to%1").arg(i % count)));
         }
         QVERIFY(QDir(root.path()).mkdir("dst"));
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         for (const char* path : {"lib-1/f", "lib/f", "lib-too/f", "lib/more/plugins-1/p", "lib-too/more/plugins/p",
                                  "n1/f", "n1/to2/f", "n2/to0/to1/f"})
-            QCOMPARE(stage::ReadFile(root.filePath(QString("dst/") + path)), "1");
+            QCOMPARE(testdata::ReadFile(root.filePath(QString("dst/") + path)), "1");
     }
 };
 

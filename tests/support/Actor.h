@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FakeBoard.h"
-#include "Stage.h"
+#include "TestData.h"
 
 #include <functional>
 
@@ -49,15 +49,15 @@ struct Actor
     }
     TBoardRecord Record(const QString& name, int unit, int cpu) const
     {
-        return stage::Board(name, type, "127.0.0.1", board.serverPort(), unit, cpu);
+        return testdata::Board(name, type, "127.0.0.1", board.serverPort(), unit, cpu);
     }
 };
 using Call = Actor::Call;
 using Misdeed = decltype(Actor::fault);
 
 /// Images for unit 1, processor 0 and unit 2, processor 1 of device 7, with their certificates.
-inline stage::Files BothImages()
+inline testdata::Files BothImages()
 {
-    return stage::WithCertificates(
-        {{"fw_7_1_0_v2.0.bin", stage::Image("2.0", 2000)}, {"fw_7_2_1_v2.0.rpd", stage::Image("2.0", 900)}});
+    return testdata::WithCertificates(
+        {{"fw_7_1_0_v2.0.bin", testdata::Image("2.0", 2000)}, {"fw_7_2_1_v2.0.rpd", testdata::Image("2.0", 900)}});
 }

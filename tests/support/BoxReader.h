@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Hand.h"
+#include "UiDriver.h"
 
 #include <QAbstractButton>
 #include <QMessageBox>
@@ -15,11 +15,11 @@ public:
 private:
     void timerEvent(QTimerEvent*) override
     {
-        QMessageBox* box = Hand::OpenBox();
+        QMessageBox* box = UiDriver::OpenBox();
         if (!box || box->property("read").toBool())
             return;
         texts.append(box->windowTitle() + ": " + box->text());
         box->setProperty("read", true);
-        Hand::PressNow(box->buttons().first());
+        UiDriver::PressNow(box->buttons().first());
     }
 };

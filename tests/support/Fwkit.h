@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Stage.h"
+#include "TestData.h"
 
 #include <QDir>
 #include <QProcess>
@@ -53,10 +53,10 @@ inline Outcome Run(const QTemporaryDir& folder, QStringList arguments, int limit
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-inline void WriteFiles(const QTemporaryDir& folder, const stage::Files& files)
+inline void WriteFiles(const QTemporaryDir& folder, const testdata::Files& files)
 {
     for (const auto& [name, content] : files)
-        stage::WriteFile(folder.filePath(name), content);
+        testdata::WriteFile(folder.filePath(name), content);
 }
 
 /// Everything in the folder, hidden files too.
@@ -68,15 +68,16 @@ inline QStringList Listing(const QTemporaryDir& folder)
 /// Two boards and programs that are in order, in each other's way, and never copied or taken.
 inline void WriteCatalogue(const QTemporaryDir& folder)
 {
-    stage::WriteCatalogue(
+    testdata::WriteCatalogue(
         folder.filePath("updater.json"),
-        {stage::Device("П", 7,
-                       {stage::Board("Один", "T", "127.0.0.1", 1, 1, 0), stage::Board("Два", "T", "127.0.0.1", 1, 2, 1),
-                        stage::Program("П1", "view", "prog"), stage::Program("П2", "deep", "prog2"),
-                        stage::Program("П3", "base", "kernel"), stage::Program("П4", "dot", "p.x")})});
+        {testdata::Device("П", 7,
+                          {testdata::Board("Один", "T", "127.0.0.1", 1, 1, 0),
+                           testdata::Board("Два", "T", "127.0.0.1", 1, 2, 1), testdata::Program("П1", "view", "prog"),
+                           testdata::Program("П2", "deep", "prog2"), testdata::Program("П3", "base", "kernel"),
+                           testdata::Program("П4", "dot", "p.x")})});
 }
 
-inline stage::Files Good()
+inline testdata::Files Good()
 {
     return {{"fw_7_1_0_v2.0.bin", "image"}, {"view/prog", "code"}, {"view/prog.ver", "1.5"}, {"view/lib/l.so", "l"}};
 }

@@ -56,7 +56,7 @@ Instrument* Panel::Play(const TDeviceRecord& device, std::chrono::milliseconds r
 
 void Panel::Open(const QList<TDeviceRecord>& devices)
 {
-    stage::WriteCatalogue(Path("updater.json"), devices);
+    testdata::WriteCatalogue(Path("updater.json"), devices);
     window = std::make_unique<MainWindow>(nullptr);
     window->show();
     WaitForVersions();
@@ -128,23 +128,23 @@ QString Panel::Text(const QString& name) const
 
 QStringList Panel::SudoLog()
 {
-    return QString(stage::ReadFile(qEnvironmentVariable("SUDO_LOG"))).split('\n', Qt::SkipEmptyParts);
+    return QString(testdata::ReadFile(qEnvironmentVariable("SUDO_LOG"))).split('\n', Qt::SkipEmptyParts);
 }
 
 void Panel::WaitForVersions()
 {
-    hand.Step("versions are read", [this] {
+    driver.Step("versions are read", [this] {
         const auto* table = window->findChild<QTableWidget*>("tableWidget");
         return table->rowCount() > 0 && Controls() == "idle" && Text("label_Update").isEmpty()
                && !Cell(table->rowCount() - 1, 1).isEmpty();
     });
 }
 
-void Panel::PackArchive(const stage::Files& files)
+void Panel::PackArchive(const testdata::Files& files)
 {
     const QTemporaryDir folder;
     for (const auto& [name, content] : files)
-        stage::WriteFile(folder.filePath(name), content);
+        testdata::WriteFile(folder.filePath(name), content);
     Progress progress;
     const Selection selection = SelectDevices(Path("updater.json"), {});
     const PackResult packed = Pack({selection.devices, {folder.path()}, Path("new.zip"), true}, progress);
@@ -152,26 +152,27 @@ void Panel::PackArchive(const stage::Files& files)
         qFatal("%s", qPrintable(LineOf(packed.findings.first())));
 }
 
-void Panel::TakeArchive(const stage::Files& files)
+void Panel::TakeArchive(const testdata::Files& files)
 {
     PackArchive(files);
     ChooseArchive();
 }
 
-void Panel::TakeBadArchive(const stage::Files& files)
+void Panel::TakeBadArchive(const testdata::Files& files)
 {
-    stage::WriteZip(Path("new.zip"), files);
+    testdata::WriteZip(Path("new.zip"), files);
     ChooseArchive();
 }
 
 void Panel::ChooseArchive()
 {
-    hand.Press("buttonArchive");
-    hand.ChooseFile("Открыть архив с прошивками", "new.zip");
-    hand.Step("the archive is analysed", [this] { return Controls() == "idle" && Hand::IsReachable(window.get()); });
+    driver.Press("buttonArchive");
+    driver.ChooseFile("Открыть архив с прошивками", "new.zip");
+    driver.Step("the archive is analysed",
+                [this] { return Controls() == "idle" && UiDriver::IsReachable(window.get()); });
 }
 
 void Panel::PressRow(int row, int column)
 {
-    hand.Do([=, this] { Hand::PressNow(window->GetButton(row, column)); });
+    driver.Do([=, this] { UiDriver::PressNow(window->GetButton(row, column)); });
 }

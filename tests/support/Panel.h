@@ -1,10 +1,10 @@
 #pragma once
 
 #include "AppConfig.h"
-#include "Hand.h"
 #include "Instrument.h"
 #include "MainWindow.h"
-#include "Stage.h"
+#include "TestData.h"
+#include "UiDriver.h"
 
 #include <QTemporaryDir>
 
@@ -20,7 +20,7 @@ public:
 
     /// Switches an instrument on. It stays on as long as the panel.
     Instrument* Play(const TDeviceRecord& device, std::chrono::milliseconds restart = std::chrono::milliseconds(100));
-    /// Writes the catalogue and shows the window; the hand's first step waits for the versions.
+    /// Writes the catalogue and shows the window; the driver's first step waits for the versions.
     void Open(const QList<TDeviceRecord>& devices);
 
     /// Archive or file beside the executable, where the dialogs open.
@@ -35,19 +35,19 @@ public:
     QString Controls() const;
     QString Text(const QString& name) const;
     /// Makes new.zip of `files` with the maker's tool, for the catalogue that is there.
-    static void PackArchive(const stage::Files& files);
+    static void PackArchive(const testdata::Files& files);
     /// What the stand-in for sudo was asked, one line each.
     static QStringList SudoLog();
 
-    /// Steps of `hand` that nearly every road shares; `files` become the archive, packed as a maker would.
+    /// Steps of `driver` that nearly every test shares; `files` become the archive, packed as a maker would.
     void WaitForVersions();
-    void TakeArchive(const stage::Files& files);
+    void TakeArchive(const testdata::Files& files);
     /// One that no maker's tool would pack.
-    void TakeBadArchive(const stage::Files& files);
+    void TakeBadArchive(const testdata::Files& files);
     /// Presses `row`'s file button (column 3) or mark button (column 4).
     void PressRow(int row, int column);
 
-    Hand hand;
+    UiDriver driver;
     std::unique_ptr<MainWindow> window;
 
 private:

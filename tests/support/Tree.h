@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Stage.h"
+#include "TestData.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -21,9 +21,9 @@ inline QStringList Tree(const QString& folder, const QString& leftOut = "\n", co
         else if (info.isDir())
             tree.append(QStringList(path + '/') + Tree(folder, leftOut, path + '/'));
         else
-            tree.append(
-                path + (info.permission(QFile::ExeOwner) ? "*" : "")
-                + (info.size() > 20 ? ':' + QByteArray::number(info.size()) : '=' + stage::ReadFile(info.filePath())));
+            tree.append(path + (info.permission(QFile::ExeOwner) ? "*" : "")
+                        + (info.size() > 20 ? ':' + QByteArray::number(info.size())
+                                            : '=' + testdata::ReadFile(info.filePath())));
     }
     return tree;
 }

@@ -1,6 +1,6 @@
-#include "Script.h"
+#include "UiScript.h"
 
-#include "Hand.h"
+#include "UiDriver.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -27,26 +27,26 @@ bool IsOnScreen(const QWidget* widget)
 
 QTableWidget* Table()
 {
-    return qobject_cast<QTableWidget*>(Hand::Find("tableWidget"));
+    return qobject_cast<QTableWidget*>(UiDriver::Find("tableWidget"));
 }
 
 QPushButton* RowButton(int row, int column)
 {
     const QWidget* cell = Table() ? Table()->cellWidget(row, column) : nullptr;
     auto* button = cell ? cell->findChild<QPushButton*>() : nullptr;
-    return button && button->isEnabled() && Hand::IsReachable(button) ? button : nullptr;
+    return button && button->isEnabled() && UiDriver::IsReachable(button) ? button : nullptr;
 }
 
-void PressRow(Hand& hand, int row, int column)
+void PressRow(UiDriver& driver, int row, int column)
 {
-    hand.Step(
+    driver.Step(
         QString("press the button in row %1").arg(row), [=] { return RowButton(row, column) != nullptr; },
-        [=] { Hand::PressNow(RowButton(row, column)); });
+        [=] { UiDriver::PressNow(RowButton(row, column)); });
 }
 
 bool Shows(const QString& objectName, const QString& text)
 {
-    const QWidget* widget = Hand::Find(objectName);
+    const QWidget* widget = UiDriver::Find(objectName);
     const QString shown = widget ? widget->property("text").toString() : QString();
     return text.startsWith("...") ? shown.endsWith(text.mid(3)) : shown == text;
 }
@@ -54,7 +54,7 @@ bool Shows(const QString& objectName, const QString& text)
 bool CellShows(int row, int column, const QString& text)
 {
     const QTableWidgetItem* item = Table() ? Table()->item(row, column) : nullptr;
-    return item && item->text() == text && Hand::IsReachable(Table());
+    return item && item->text() == text && UiDriver::IsReachable(Table());
 }
 
 bool PopupIsOnScreen()
@@ -65,13 +65,13 @@ bool PopupIsOnScreen()
     });
 }
 
-Hand::Condition BarStands()
+UiDriver::Condition BarStands()
 {
     constexpr int Unmoved = 700;
     const auto since = std::make_shared<QElapsedTimer>();
     const auto last = std::make_shared<int>(-1);
     return [=] {
-        const auto* bar = qobject_cast<QProgressBar*>(Hand::Find("progressBar"));
+        const auto* bar = qobject_cast<QProgressBar*>(UiDriver::Find("progressBar"));
         if (!bar || bar->value() < bar->maximum() / 3)
             return false;
         if (*last != bar->value())
@@ -86,38 +86,38 @@ const QHash<QString, int> Verbs{{"press", 1},  {"press-row", 2},  {"enter", 2}, 
                                 {"answer", 2}, {"text", 2},       {"cell", 3},  {"box", 1},
                                 {"popup", 0},  {"bar-stands", 0}, {"quit", 0},  {"picture", 1}};
 
-void Add(Hand& hand, const QString& verb, const Words& w, const Picture& picture)
+void Add(UiDriver& driver, const QString& verb, const Words& w, const Picture& picture)
 {
-    const auto wait = [&](const Hand::Condition& until) { hand.Step(verb + ' ' + w.join(" | "), until); };
+    const auto wait = [&](const UiDriver::Condition& until) { driver.Step(verb + ' ' + w.join(" | "), until); };
     if (verb == "press")
-        hand.Press(w[0]);
+        driver.Press(w[0]);
     else if (verb == "press-row")
-        PressRow(hand, w[0].toInt(), w[1].toInt());
+        PressRow(driver, w[0].toInt(), w[1].toInt());
     else if (verb == "enter")
-        hand.EnterFolder(w[0], w[1]);
+        driver.EnterFolder(w[0], w[1]);
     else if (verb == "choose")
-        hand.ChooseFile(w[0], w[1], [=] { picture(w[2]); });
+        driver.ChooseFile(w[0], w[1], [=] { picture(w[2]); });
     else if (verb == "answer")
-        hand.AnswerBox(w[0], w[1]);
+        driver.AnswerBox(w[0], w[1]);
     else if (verb == "text")
         wait([=] { return Shows(w[0], w[1]); });
     else if (verb == "cell")
         wait([=] { return CellShows(w[0].toInt(), w[1].toInt(), w[2]); });
     else if (verb == "box")
-        wait([=] { return IsOnScreen(Hand::OpenBox()) && Hand::OpenBox()->text() == w[0]; });
+        wait([=] { return IsOnScreen(UiDriver::OpenBox()) && UiDriver::OpenBox()->text() == w[0]; });
     else if (verb == "popup")
         wait(PopupIsOnScreen);
     else if (verb == "bar-stands")
         wait(BarStands());
     else if (verb == "quit")
-        hand.Do([] { QCoreApplication::exit(); });
+        driver.Do([] { QCoreApplication::exit(); });
     else
-        hand.Do([=] { picture(w[0]); });
+        driver.Do([=] { picture(w[0]); });
 }
 
 } // namespace
 
-QString AddScript(Hand& hand, const QString& path, const std::function<void(const QString&)>& picture)
+QString AddScript(UiDriver& driver, const QString& path, const std::function<void(const QString&)>& picture)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -130,7 +130,7 @@ QString AddScript(Hand& hand, const QString& path, const std::function<void(cons
         const QString verb = words.takeFirst().trimmed();
         if (Verbs.value(verb, -1) != words.size())
             return QString("line %1: no such step: %2 with %3 words").arg(i + 1).arg(verb).arg(words.size());
-        Add(hand, verb, words, picture);
+        Add(driver, verb, words, picture);
     }
     // A caret that blinks would make every picture another one.
     QApplication::setCursorFlashTime(0);

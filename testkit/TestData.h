@@ -8,7 +8,7 @@
 #include <QString>
 
 /// What a test or the demo needs around the program: catalogues, images, certificates, archives.
-namespace stage {
+namespace testdata {
 
 using Files = QList<QPair<QString, QByteArray>>;
 
@@ -28,4 +28,4 @@ void WriteFile(const QString& path, const QByteArray& content);
 void WriteZip(const QString& path, const Files& files);
 QByteArray ReadFile(const QString& path);
 
-} // namespace stage
+} // namespace testdata

@@ -1,4 +1,4 @@
-#include "Stage.h"
+#include "TestData.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -11,7 +11,7 @@
 
 #include <private/qzipwriter_p.h>
 
-namespace stage {
+namespace testdata {
 
 int FreePort(const QString& ip)
 {
@@ -125,4 +125,4 @@ QByteArray ReadFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-} // namespace stage
+} // namespace testdata

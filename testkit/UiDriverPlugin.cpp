@@ -1,16 +1,16 @@
-// Loaded into the real, unchanged program by the toolkit (QT_QPA_GENERIC_PLUGINS=hand), it works the window
-// as an operator would. UPDATER_HAND names what to do:
-//   road           the whole road of an update; needs UPDATER_HAND_SHOTS, the folder for the screenshots
+// Loaded into the real, unchanged program by the toolkit (QT_QPA_GENERIC_PLUGINS=uidriver), it works the window
+// as an operator would. UPDATER_UI_TASK names what to do:
+//   road           the whole road of an update; needs UPDATER_UI_SHOTS, the folder for the screenshots
 //   update         takes new.zip, tells on standard output which modules are offered, and updates them
 //   take           takes new.zip, tells the new versions of all modules on stdout, and closes the window; a box is not
 //                  answered
-//   script         the lines of the file UPDATER_HAND_SCRIPT (see Script.h); needs UPDATER_HAND_SHOTS
+//   script         the lines of the file UPDATER_UI_SCRIPT (see UiScript.h); needs UPDATER_UI_SHOTS
 //   close-search, close-reading, close-dialog, close-update, close-box   closes the window in the middle of that
-// UPDATER_HAND_PATIENCE: how many seconds to wait for one step, where programs are slow.
-// Where the toolkit cannot read the screen, UPDATER_HAND_CAMERA names a program that writes it into a given file.
+// UPDATER_UI_PATIENCE: how many seconds to wait for one step, where programs are slow.
+// Where the toolkit cannot read the screen, UPDATER_UI_CAMERA names a program that writes it into a given file.
 
-#include "Hand.h"
-#include "Script.h"
+#include "UiDriver.h"
+#include "UiScript.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -34,45 +34,45 @@ constexpr char Question[] = "Все модули успешно обновлен
 
 QString Text(const QString& objectName)
 {
-    const QWidget* widget = Hand::Find(objectName);
+    const QWidget* widget = UiDriver::Find(objectName);
     return widget ? widget->property("text").toString() : QString();
 }
 
 bool IsEnabled(const QString& objectName)
 {
-    const QWidget* widget = Hand::Find(objectName);
+    const QWidget* widget = UiDriver::Find(objectName);
     return widget && widget->isEnabled();
 }
 
 /// A dialog is on the screen, not only asked for.
 bool ModalIsShown()
 {
-    const QWidget* modal = Hand::OpenDialog();
+    const QWidget* modal = UiDriver::OpenDialog();
     return modal && modal->windowHandle() && modal->windowHandle()->isExposed();
 }
 
 QString Cell(int row, int column)
 {
-    const auto* table = qobject_cast<QTableWidget*>(Hand::Find("tableWidget"));
+    const auto* table = qobject_cast<QTableWidget*>(UiDriver::Find("tableWidget"));
     const QTableWidgetItem* item = table ? table->item(row, column) : nullptr;
     return item ? item->text() : QString();
 }
 
 bool IsMarked(int row)
 {
-    const auto* table = qobject_cast<QTableWidget*>(Hand::Find("tableWidget"));
+    const auto* table = qobject_cast<QTableWidget*>(UiDriver::Find("tableWidget"));
     const QWidget* cell = table ? table->cellWidget(row, 4) : nullptr;
     const auto* button = cell ? cell->findChild<QAbstractButton*>() : nullptr;
     return button && button->isEnabled() && !button->isChecked();
 }
 
-class Operator : public Hand
+class Operator : public UiDriver
 {
 public:
     Operator()
     {
         setParent(qApp);
-        const QString task = qEnvironmentVariable("UPDATER_HAND");
+        const QString task = qEnvironmentVariable("UPDATER_UI_TASK");
         if (task == "road")
             WorkTheRoad();
         else if (task == "script")
@@ -83,15 +83,15 @@ public:
             TakeAnArchive();
         else
             CloseInTheMiddle(task);
-        connect(this, &Hand::Finished, this, [this](bool all) {
+        connect(this, &UiDriver::Finished, this, [this](bool all) {
             if (all)
                 return;
             Shot("gave-up");
-            std::fprintf(stderr, "hand: gave up waiting: %s\n", qPrintable(Failure));
+            std::fprintf(stderr, "uidriver: gave up waiting: %s\n", qPrintable(Failure));
             std::_Exit(4);
         });
         connect(qApp, &QCoreApplication::aboutToQuit, this, &Operator::CheckTheEnd);
-        const std::chrono::seconds patience(qEnvironmentVariableIntValue("UPDATER_HAND_PATIENCE"));
+        const std::chrono::seconds patience(qEnvironmentVariableIntValue("UPDATER_UI_PATIENCE"));
         Start(patience > 0s ? patience : task.startsWith("close-") ? 12s : 60s);
     }
 
@@ -101,7 +101,7 @@ private:
     {
         if (Next().isEmpty() || Next() == BoxIsGone)
             return;
-        std::fprintf(stderr, "hand: the program ended before: %s\n", qPrintable(Next()));
+        std::fprintf(stderr, "uidriver: the program ended before: %s\n", qPrintable(Next()));
         std::_Exit(4);
     }
 
@@ -119,14 +119,14 @@ private:
 
     void Save(const QString& name)
     {
-        const QString folder = qEnvironmentVariable("UPDATER_HAND_SHOTS");
+        const QString folder = qEnvironmentVariable("UPDATER_UI_SHOTS");
         if (folder.isEmpty())
             return;
         const QString file = QString("%1/%2.png").arg(folder, name);
-        const QString camera = qEnvironmentVariable("UPDATER_HAND_CAMERA");
+        const QString camera = qEnvironmentVariable("UPDATER_UI_CAMERA");
         if (camera.isEmpty() ? !QGuiApplication::primaryScreen()->grabWindow(0).save(file)
                              : !Photograph(camera, file)) {
-            std::fprintf(stderr, "hand: cannot write %s\n", qPrintable(file));
+            std::fprintf(stderr, "uidriver: cannot write %s\n", qPrintable(file));
             std::_Exit(4);
         }
     }
@@ -173,7 +173,7 @@ private:
         });
         Press("buttonUpdate");
         See("an image is being written", "writing", [] {
-            const auto* bar = qobject_cast<QProgressBar*>(Hand::Find("progressBar"));
+            const auto* bar = qobject_cast<QProgressBar*>(UiDriver::Find("progressBar"));
             return bar && bar->value() > bar->maximum() / 3;
         });
         See("a written module restarts", "restart",
@@ -190,11 +190,11 @@ private:
 
     void FollowTheScript()
     {
-        const QString file = qEnvironmentVariable("UPDATER_HAND_SCRIPT");
+        const QString file = qEnvironmentVariable("UPDATER_UI_SCRIPT");
         const QString mistake = AddScript(*this, file, [this](const QString& name) { Picture(name); });
         if (mistake.isEmpty())
             return;
-        std::fprintf(stderr, "hand: %s: %s\n", qPrintable(file), qPrintable(mistake));
+        std::fprintf(stderr, "uidriver: %s: %s\n", qPrintable(file), qPrintable(mistake));
         std::_Exit(4);
     }
 
@@ -239,7 +239,7 @@ private:
 
     void CloseInTheMiddle(const QString& task)
     {
-        const auto close = [] { Hand::Find("MainWindowClass")->close(); };
+        const auto close = [] { UiDriver::Find("MainWindowClass")->close(); };
         if (task == "close-search")
             Step(
                 "search", [] { return Text("button_DeviceType") == "Поиск прибора..."; }, close);
@@ -287,10 +287,10 @@ private:
 
 } // namespace
 
-class HandPlugin : public QGenericPlugin
+class UiDriverPlugin : public QGenericPlugin
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "hand.json")
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "uidriver.json")
 
 public:
     QObject* create(const QString&, const QString&) override
@@ -301,4 +301,4 @@ public:
     }
 };
 
-#include "HandPlugin.moc"
+#include "UiDriverPlugin.moc"

@@ -11,10 +11,10 @@ class QDialog;
 class QMessageBox;
 class QWidget;
 
-/// Works a window as a hand would: waits until it sees something, then presses, one step after the other,
+/// Works a window as an operator would: waits until it sees something, then presses, one step after the other,
 /// also while the program is in the middle of a long loop or of a modal box. Presses go through the window
 /// system, so a window behind a modal one does not get them.
-class Hand : public QObject
+class UiDriver : public QObject
 {
     Q_OBJECT
 
@@ -28,7 +28,7 @@ public:
     /// Far above what any step takes: only a program that hangs comes to it.
     static constexpr std::chrono::milliseconds GivesUp = std::chrono::minutes(1);
 
-    Hand();
+    UiDriver();
 
     /// `then` happens once, as soon as `when` holds.
     void Step(const QString& name, Condition when, Action then = {});

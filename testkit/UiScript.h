@@ -4,9 +4,9 @@
 
 #include <functional>
 
-class Hand;
+class UiDriver;
 
-/// Adds the steps of a script to the hand. A line is a verb and its words, with " | " between them; "\n" in a word is
+/// Adds the steps of a script to the driver. A line is a verb and its words, with " | " between them; "\n" in a word is
 /// a line break; empty lines and lines with "#" in front do not count.
 ///
 ///   press | OBJECT                    the button with this object name
@@ -23,4 +23,4 @@ class Hand;
 ///   quit                              ends the program, also from behind a box
 ///
 /// Rows and columns count from 0. Returns what is wrong with the script, with the line's number, or nothing.
-QString AddScript(Hand& hand, const QString& path, const std::function<void(const QString&)>& picture);
+QString AddScript(UiDriver& driver, const QString& path, const std::function<void(const QString&)>& picture);

@@ -1,4 +1,4 @@
-#include "Hand.h"
+#include "UiDriver.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -19,7 +19,7 @@ constexpr auto RepeatedPress = std::chrono::seconds(1);
 
 QFileDialog* OpenFileDialog(const QString& title)
 {
-    auto* open = qobject_cast<QFileDialog*>(Hand::OpenDialog());
+    auto* open = qobject_cast<QFileDialog*>(UiDriver::OpenDialog());
     return open && open->windowTitle() == title ? open : nullptr;
 }
 
@@ -38,18 +38,18 @@ QModelIndex Listed(const QString& title, const QString& name)
 
 } // namespace
 
-Hand::Hand()
+UiDriver::UiDriver()
 {
     m_timer.setInterval(20);
-    connect(&m_timer, &QTimer::timeout, this, &Hand::Look);
+    connect(&m_timer, &QTimer::timeout, this, &UiDriver::Look);
 }
 
-void Hand::Step(const QString& name, Condition when, Action then)
+void UiDriver::Step(const QString& name, Condition when, Action then)
 {
     m_steps.append({name, std::move(when), std::move(then)});
 }
 
-void Hand::Press(const QString& objectName)
+void UiDriver::Press(const QString& objectName)
 {
     Step(
         "press " + objectName,
@@ -60,7 +60,7 @@ void Hand::Press(const QString& objectName)
         [=] { PressNow(Find(objectName)); });
 }
 
-void Hand::AnswerBox(const QString& text, const QString& buttonText)
+void UiDriver::AnswerBox(const QString& text, const QString& buttonText)
 {
     const auto button = [=]() -> QAbstractButton* {
         const QMessageBox* box = OpenBox();
@@ -77,7 +77,7 @@ void Hand::AnswerBox(const QString& text, const QString& buttonText)
     Step(BoxIsGone, [=] { return !button(); });
 }
 
-void Hand::EnterFolder(const QString& title, const QString& name)
+void UiDriver::EnterFolder(const QString& title, const QString& name)
 {
     const auto again = std::make_shared<QDeadlineTimer>();
     Step("enter " + name, [=] {
@@ -94,7 +94,7 @@ void Hand::EnterFolder(const QString& title, const QString& name)
     });
 }
 
-void Hand::ChooseFile(const QString& title, const QString& fileName, Action picked)
+void UiDriver::ChooseFile(const QString& title, const QString& fileName, Action picked)
 {
     const auto dialog = [=] { return OpenFileDialog(title); };
     const auto listed = [=] { return Listed(title, fileName); };
@@ -131,18 +131,18 @@ void Hand::ChooseFile(const QString& title, const QString& fileName, Action pick
     Step("the dialog is gone", [=] { return !dialog(); });
 }
 
-void Hand::Start(std::chrono::milliseconds stepLimit)
+void UiDriver::Start(std::chrono::milliseconds stepLimit)
 {
     m_limit = stepLimit;
     m_since = std::chrono::steady_clock::now();
     m_timer.start();
 }
 
-bool Hand::Run(std::chrono::milliseconds stepLimit)
+bool UiDriver::Run(std::chrono::milliseconds stepLimit)
 {
     QEventLoop loop;
     bool done = false;
-    connect(this, &Hand::Finished, &loop, [&](bool all) {
+    connect(this, &UiDriver::Finished, &loop, [&](bool all) {
         done = all;
         loop.quit();
     });
@@ -151,7 +151,7 @@ bool Hand::Run(std::chrono::milliseconds stepLimit)
     return done;
 }
 
-void Hand::Look()
+void UiDriver::Look()
 {
     const auto now = std::chrono::steady_clock::now();
     if (m_steps.isEmpty()) {
@@ -172,7 +172,7 @@ void Hand::Look()
     }
 }
 
-QWidget* Hand::Find(const QString& objectName)
+QWidget* UiDriver::Find(const QString& objectName)
 {
     for (QWidget* widget : QApplication::allWidgets()) {
         if (widget->objectName() == objectName && widget->isVisible())
@@ -181,28 +181,28 @@ QWidget* Hand::Find(const QString& objectName)
     return nullptr;
 }
 
-QDialog* Hand::OpenDialog()
+QDialog* UiDriver::OpenDialog()
 {
     return qobject_cast<QDialog*>(QApplication::activeModalWidget());
 }
 
-QMessageBox* Hand::OpenBox()
+QMessageBox* UiDriver::OpenBox()
 {
     return qobject_cast<QMessageBox*>(OpenDialog());
 }
 
-bool Hand::IsReachable(const QWidget* widget)
+bool UiDriver::IsReachable(const QWidget* widget)
 {
     const QWidget* modal = QApplication::activeModalWidget();
     return !modal || modal == widget->window();
 }
 
-void Hand::PressNow(QWidget* widget)
+void UiDriver::PressNow(QWidget* widget)
 {
     PressNow(widget, widget->rect().center());
 }
 
-void Hand::PressNow(QWidget* widget, const QPoint& at)
+void UiDriver::PressNow(QWidget* widget, const QPoint& at)
 {
     QWindow* window = widget->window()->windowHandle();
     const QPointF local = widget->mapTo(widget->window(), at);
