@@ -26,12 +26,12 @@ double Bytes(const QByteArray& text, const QString& field)
 
 } // namespace
 
-Watched::Watched(const QString& program, const QString& task, const QStringList& arguments)
+Watched::Watched(const QString& program, const QString& steps, const QStringList& arguments)
     : m_log(QDir::current().filePath(QFileInfo(program).fileName() + ".log"))
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("UPDATER_WATCH", task);
-    environment.insert("QT_QPA_GENERIC_PLUGINS", "watch");
+    environment.insert("UPDATER_UI_SCRIPT", STEPS_FOLDER "/bench-" + steps);
+    environment.insert("QT_QPA_GENERIC_PLUGINS", "uidriver");
     environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
     m_process.setProcessEnvironment(environment);
     m_process.setStandardErrorFile(m_log);

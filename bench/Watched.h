@@ -2,12 +2,12 @@
 
 #include <QProcess>
 
-/// A program on the screen with the plugin "watch" in it. All of it throws Unmeasurable.
+/// A program on the screen, worked by the UI driver. All of it throws Unmeasurable.
 class Watched
 {
 public:
-    /// `task` is what the plugin waits for.
-    Watched(const QString& program, const QString& task, const QStringList& arguments = {});
+    /// `steps` names a file bench-... of testkit/steps.
+    Watched(const QString& program, const QString& steps, const QStringList& arguments = {});
     ~Watched();
     Q_DISABLE_COPY_MOVE(Watched)
 

@@ -46,7 +46,45 @@ UiDriver::UiDriver()
 
 void UiDriver::Step(const QString& name, Condition when, Action then)
 {
-    m_steps.append({name, std::move(when), std::move(then)});
+    m_steps.append({name, std::move(when), std::move(then), false});
+}
+
+void UiDriver::Catch(const QString& name, Condition when, Action then)
+{
+    qApp->installEventFilter(this);
+    m_steps.append({name, std::move(when), std::move(then), true});
+}
+
+bool UiDriver::eventFilter(QObject* object, QEvent* event)
+{
+    const bool isPainting = event->type() == QEvent::Paint || event->type() == QEvent::UpdateRequest;
+    if (isPainting && !m_paintingSeen && object->isWidgetType()) {
+        m_paintingSeen = true;
+        // The backing store goes to the window system before the event loop has control again.
+        QTimer::singleShot(0, this, [this] {
+            m_hasPainted = true;
+            LookAtAnEvent();
+        });
+    }
+    // A picture may be taken, which must not paint a window that is just being painted.
+    if (isPainting || m_isDelivering)
+        return false;
+    // A window that comes to the screen is painted by this event: it is looked at behind that.
+    const bool exposes = event->type() == QEvent::Expose;
+    if (exposes) {
+        m_isDelivering = true;
+        QCoreApplication::sendEvent(object, event);
+        m_isDelivering = false;
+    }
+    LookAtAnEvent();
+    return exposes;
+}
+
+void UiDriver::LookAtAnEvent()
+{
+    while (m_timer.isActive() && !m_isActing && !m_steps.isEmpty() && m_steps.first().atEvents
+           && m_steps.first().when())
+        Look();
 }
 
 void UiDriver::Press(const QString& objectName)
@@ -128,7 +166,8 @@ void UiDriver::ChooseFile(const QString& title, const QString& fileName, Action 
                 picked();
             PressNow(accept());
         });
-    Step("the dialog is gone", [=] { return !dialog(); });
+    // The program may show at once, and for a moment only, what it does with the file.
+    m_steps.append({"the dialog is gone", [=] { return !dialog(); }, {}, true});
 }
 
 void UiDriver::Start(std::chrono::milliseconds stepLimit)
@@ -162,8 +201,11 @@ void UiDriver::Look()
     if (m_steps.first().when()) {
         const Entry step = m_steps.takeFirst();
         m_since = now;
-        if (step.then)
+        if (step.then) {
+            m_isActing = true;
             step.then();
+            m_isActing = false;
+        }
         emit Done(step.name);
     } else if (now - m_since > m_limit) {
         Failure = m_steps.first().name;

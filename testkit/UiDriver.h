@@ -32,6 +32,8 @@ public:
 
     /// `then` happens once, as soon as `when` holds.
     void Step(const QString& name, Condition when, Action then = {});
+    /// The same, looked for at every event too: also what lasts for a few milliseconds is seen.
+    void Catch(const QString& name, Condition when, Action then = {});
     /// Does it as soon as the step before is done.
     void Do(Action action)
     {
@@ -56,6 +58,9 @@ public:
     /// Name of the step that is waited for; empty when all are done.
     QString Next() const { return m_steps.isEmpty() ? QString() : m_steps.first().name; }
 
+    /// A window was painted and handed to the window system. Only for a driver that has steps to catch.
+    bool HasPainted() const { return m_hasPainted; }
+
     /// The visible widget with this object name; null when there is none.
     static QWidget* Find(const QString& objectName);
     /// The dialog or box that takes the input now; null when it is the main window (modal itself) or the
@@ -77,16 +82,23 @@ protected:
     void GoOn() { Start(m_limit); }
 
 private:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void Look();
+    void LookAtAnEvent();
 
     struct Entry
     {
         QString name;
         Condition when;
         Action then;
+        bool atEvents = false;
     };
     QList<Entry> m_steps;
     QTimer m_timer;
+    bool m_hasPainted = false;
+    bool m_paintingSeen = false;
+    bool m_isActing = false;
+    bool m_isDelivering = false;
     std::chrono::milliseconds m_limit{};
     std::chrono::steady_clock::time_point m_since;
 };

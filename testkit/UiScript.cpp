@@ -1,6 +1,7 @@
 #include "UiScript.h"
 
 #include "UiDriver.h"
+#include "WindowTexts.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -13,7 +14,10 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdio>
 #include <memory>
+#include <unistd.h>
 
 namespace {
 
@@ -37,18 +41,17 @@ QPushButton* RowButton(int row, int column)
     return button && button->isEnabled() && UiDriver::IsReachable(button) ? button : nullptr;
 }
 
-void PressRow(UiDriver& driver, int row, int column)
-{
-    driver.Step(
-        QString("press the button in row %1").arg(row), [=] { return RowButton(row, column) != nullptr; },
-        [=] { UiDriver::PressNow(RowButton(row, column)); });
-}
-
 bool Shows(const QString& objectName, const QString& text)
 {
     const QWidget* widget = UiDriver::Find(objectName);
     const QString shown = widget ? widget->property("text").toString() : QString();
     return text.startsWith("...") ? shown.endsWith(text.mid(3)) : shown == text;
+}
+
+bool IsUsable(const QString& objectName)
+{
+    const QWidget* widget = UiDriver::Find(objectName);
+    return widget && widget->isEnabled() && UiDriver::IsReachable(widget);
 }
 
 bool CellShows(int row, int column, const QString& text)
@@ -65,6 +68,12 @@ bool PopupIsOnScreen()
     });
 }
 
+bool IsPast(int percent)
+{
+    const auto* bar = qobject_cast<QProgressBar*>(UiDriver::Find("progressBar"));
+    return bar && bar->value() > bar->maximum() / 100.0 * percent;
+}
+
 UiDriver::Condition BarStands()
 {
     constexpr int Unmoved = 700;
@@ -72,7 +81,7 @@ UiDriver::Condition BarStands()
     const auto last = std::make_shared<int>(-1);
     return [=] {
         const auto* bar = qobject_cast<QProgressBar*>(UiDriver::Find("progressBar"));
-        if (!bar || bar->value() < bar->maximum() / 3)
+        if (!IsPast(33))
             return false;
         if (*last != bar->value())
             since->start();
@@ -81,39 +90,190 @@ UiDriver::Condition BarStands()
     };
 }
 
-/// Every verb with the count of its words.
-const QHash<QString, int> Verbs{{"press", 1},  {"press-row", 2},  {"enter", 2}, {"choose", 3},
-                                {"answer", 2}, {"text", 2},       {"cell", 3},  {"box", 1},
-                                {"popup", 0},  {"bar-stands", 0}, {"quit", 0},  {"picture", 1}};
-
-void Add(UiDriver& driver, const QString& verb, const Words& w, const Picture& picture)
+/// The texts of a column of the table.
+Words Column(int column)
 {
-    const auto wait = [&](const UiDriver::Condition& until) { driver.Step(verb + ' ' + w.join(" | "), until); };
-    if (verb == "press")
-        driver.Press(w[0]);
-    else if (verb == "press-row")
-        PressRow(driver, w[0].toInt(), w[1].toInt());
-    else if (verb == "enter")
-        driver.EnterFolder(w[0], w[1]);
-    else if (verb == "choose")
-        driver.ChooseFile(w[0], w[1], [=] { picture(w[2]); });
-    else if (verb == "answer")
-        driver.AnswerBox(w[0], w[1]);
-    else if (verb == "text")
-        wait([=] { return Shows(w[0], w[1]); });
-    else if (verb == "cell")
-        wait([=] { return CellShows(w[0].toInt(), w[1].toInt(), w[2]); });
-    else if (verb == "box")
-        wait([=] { return IsOnScreen(UiDriver::OpenBox()) && UiDriver::OpenBox()->text() == w[0]; });
-    else if (verb == "popup")
-        wait(PopupIsOnScreen);
-    else if (verb == "bar-stands")
-        wait(BarStands());
-    else if (verb == "quit")
-        driver.Do([] { QCoreApplication::exit(); });
-    else
-        driver.Do([=] { picture(w[0]); });
+    Words texts;
+    for (int row = 0; Table() && row < Table()->rowCount(); ++row) {
+        const QTableWidgetItem* item = Table()->item(row, column);
+        texts.append(item ? item->text() : QString());
+    }
+    return texts;
 }
+
+bool IsFilled(int column)
+{
+    const Words texts = Column(column);
+    return !texts.isEmpty() && !texts.contains(QString()) && UiDriver::IsReachable(Table());
+}
+
+QString MarkedNames()
+{
+    const Words names = Column(0);
+    Words marked;
+    for (int row = 0; row < names.size(); ++row) {
+        const QPushButton* button = RowButton(row, 4);
+        if (button && !button->isChecked())
+            marked.append(names[row]);
+    }
+    return marked.join(' ');
+}
+
+double Now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void Say(QString words)
+{
+    words.replace("%now", QString::number(Now(), 'f', 6)).replace("%marked", MarkedNames());
+    std::printf("%s\n", qPrintable(words.replace("%new", Column(2).join(' '))));
+    std::fflush(stdout);
+}
+
+void StandStill()
+{
+    char line = 0;
+    if (::read(STDIN_FILENO, &line, 1) != 1)
+        std::_Exit(1);
+}
+
+UiDriver::Condition Pause(double seconds)
+{
+    const auto end = std::make_shared<double>(0);
+    return [=] {
+        if (*end == 0)
+            *end = Now() + seconds;
+        return Now() > *end;
+    };
+}
+
+using Step = std::function<void(UiDriver& driver, const Words& w, const Picture& picture)>;
+using Wait = std::function<UiDriver::Condition(UiDriver& driver, const Words& w)>;
+using Act = std::function<UiDriver::Action(const Words& w, const Picture& picture)>;
+
+/// Each verb with the count of its words.
+const QHash<QPair<QString, int>, Step> Steps{
+    {{"press", 1}, [](UiDriver& driver, const Words& w, const Picture&) { driver.Press(w[0]); }},
+    {{"press-row", 2},
+     [](UiDriver& driver, const Words& w, const Picture&) {
+         const int row = w[0].toInt();
+         const int column = w[1].toInt();
+         driver.Step(
+             "press the button in row " + w[0], [=] { return RowButton(row, column) != nullptr; },
+             [=] { UiDriver::PressNow(RowButton(row, column)); });
+     }},
+    {{"enter", 2}, [](UiDriver& driver, const Words& w, const Picture&) { driver.EnterFolder(w[0], w[1]); }},
+    {{"choose", 2}, [](UiDriver& driver, const Words& w, const Picture&) { driver.ChooseFile(w[0], w[1]); }},
+    {{"choose", 3},
+     [](UiDriver& driver, const Words& w, const Picture& picture) {
+         driver.ChooseFile(w[0], w[1], [=] { picture(w[2]); });
+     }},
+    {{"answer", 2}, [](UiDriver& driver, const Words& w, const Picture&) { driver.AnswerBox(w[0], w[1]); }},
+    {{"close", 0},
+     [](UiDriver& driver, const Words&, const Picture&) {
+         driver.Do([] { UiDriver::Find("MainWindowClass")->close(); });
+     }},
+    {{"quit", 0}, [](UiDriver& driver, const Words&, const Picture&) { driver.Do([] { QCoreApplication::exit(); }); }},
+};
+
+const QHash<QPair<QString, int>, Wait> Waits{
+    {{"text", 2}, [](UiDriver&, const Words& w) { return [=] { return Shows(w[0], w[1]); }; }},
+    {{"cell", 3},
+     [](UiDriver&, const Words& w) { return [=] { return CellShows(w[0].toInt(), w[1].toInt(), w[2]); }; }},
+    {{"versions", 0}, [](UiDriver&, const Words&) { return [] { return IsFilled(1) && Shows("label_Update", {}); }; }},
+    {{"new-versions", 0}, [](UiDriver&, const Words&) { return [] { return IsFilled(2); }; }},
+    {{"search", 0},
+     [](UiDriver&, const Words&) {
+         return [] {
+             return Shows("button_DeviceType", "Поиск прибора...") && IsUsable("buttonClose")
+                    && !IsUsable("buttonArchive");
+         };
+     }},
+    {{"enabled", 1}, [](UiDriver&, const Words& w) { return [=] { return IsUsable(w[0]); }; }},
+    {{"dialog", 0},
+     [](UiDriver&, const Words&) { return [] { return !UiDriver::OpenBox() && IsOnScreen(UiDriver::OpenDialog()); }; }},
+    {{"box", 1},
+     [](UiDriver&, const Words& w) {
+         return [=] { return IsOnScreen(UiDriver::OpenBox()) && UiDriver::OpenBox()->text() == w[0]; };
+     }},
+    {{"no-dialog", 0}, [](UiDriver&, const Words&) { return [] { return !UiDriver::OpenDialog(); }; }},
+    {{"popup", 0}, [](UiDriver&, const Words&) { return PopupIsOnScreen; }},
+    {{"bar", 1}, [](UiDriver&, const Words& w) { return [=] { return IsPast(w[0].toInt()); }; }},
+    {{"bar-stands", 0}, [](UiDriver&, const Words&) { return BarStands(); }},
+    {{"painted", 0}, [](UiDriver& driver, const Words&) { return [&driver] { return driver.HasPainted(); }; }},
+    {{"pause", 1}, [](UiDriver&, const Words& w) { return Pause(w[0].toDouble()); }},
+};
+
+const QHash<QPair<QString, int>, Act> Acts{
+    {{"picture", 1}, [](const Words& w, const Picture& picture) { return [=] { picture(w[0]); }; }},
+    {{"show", 2},
+     [](const Words& w, const Picture& picture) {
+         return [=] {
+             static int number = 0;
+             Say("  " + w[0]);
+             picture(QString("%1-%2").arg(++number, 2, 10, QChar('0')).arg(w[1]));
+         };
+     }},
+    {{"say", 1}, [](const Words& w, const Picture&) { return [=] { Say(w[0]); }; }},
+    {{"stand", 0}, [](const Words&, const Picture&) { return StandStill; }},
+};
+
+/// Adds the lines as steps: a wait together with what is to be written when it is over.
+class Reader
+{
+public:
+    Reader(UiDriver& driver, Picture picture)
+        : m_driver(driver)
+        , m_picture(std::move(picture))
+    {}
+    ~Reader() { Flush(); }
+    Q_DISABLE_COPY_MOVE(Reader)
+
+    /// False when there is no such verb with so many words.
+    bool Read(const QString& line)
+    {
+        QString text = line;
+        text.replace("\\n", "\n").replace("%success", Success).replace("%failure", Failure);
+        Words words = text.split(" | ");
+        const QString verb = words.takeFirst().trimmed();
+        const QPair<QString, int> key(verb, int(words.size()));
+        if (Acts.contains(key)) {
+            m_acts.append(Acts[key](words, m_picture));
+            return true;
+        }
+        Flush();
+        if (Waits.contains(key)) {
+            m_wait = Waits[key](m_driver, words);
+            m_name = line;
+            return true;
+        }
+        if (Steps.contains(key))
+            Steps[key](m_driver, words, m_picture);
+        return Steps.contains(key);
+    }
+
+private:
+    void Flush()
+    {
+        const auto act = [acts = m_acts] {
+            for (const UiDriver::Action& action : acts)
+                action();
+        };
+        if (m_wait)
+            m_driver.Catch(m_name, m_wait, act);
+        else if (!m_acts.isEmpty())
+            m_driver.Do(act);
+        m_wait = {};
+        m_acts.clear();
+    }
+
+    UiDriver& m_driver;
+    Picture m_picture;
+    UiDriver::Condition m_wait;
+    QString m_name;
+    QList<UiDriver::Action> m_acts;
+};
 
 } // namespace
 
@@ -123,14 +283,10 @@ QString AddScript(UiDriver& driver, const QString& path, const std::function<voi
     if (!file.open(QIODevice::ReadOnly))
         return file.errorString();
     const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+    Reader reader(driver, picture);
     for (qsizetype i = 0; i < lines.size(); ++i) {
-        if (lines[i].trimmed().isEmpty() || lines[i].startsWith('#'))
-            continue;
-        Words words = QString(lines[i]).replace("\\n", "\n").split(" | ");
-        const QString verb = words.takeFirst().trimmed();
-        if (Verbs.value(verb, -1) != words.size())
-            return QString("line %1: no such step: %2 with %3 words").arg(i + 1).arg(verb).arg(words.size());
-        Add(driver, verb, words, picture);
+        if (!lines[i].trimmed().isEmpty() && !lines[i].startsWith('#') && !reader.Read(lines[i]))
+            return QString("line %1: no such step, or not with so many words: %2").arg(i + 1).arg(lines[i]);
     }
     // A caret that blinks would make every picture another one.
     QApplication::setCursorFlashTime(0);

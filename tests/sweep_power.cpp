@@ -25,13 +25,13 @@ class SweepPower : public QObject
 {
     Q_OBJECT
 
-    /// Starts the program and has it update what it offers.
-    static void Start(QProcess& process, const QString& folder)
+    /// Starts the program and has it worked.
+    static void Start(QProcess& process, const QString& folder, const QString& steps)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_QPA_GENERIC_PLUGINS", "uidriver");
         environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
-        environment.insert("UPDATER_UI_TASK", "update");
+        environment.insert("UPDATER_UI_SCRIPT", STEPS_FOLDER "/" + steps);
         process.setProcessEnvironment(environment);
         process.start(folder + "/updater");
     }
@@ -69,7 +69,7 @@ private slots:
             if (number == request)
                 first.kill();
         });
-        Start(first, folder.path());
+        Start(first, folder.path(), "update");
         QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::Running, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::NotRunning, 60000);
         QCOMPARE(first.exitStatus(), QProcess::CrashExit);
@@ -80,7 +80,7 @@ private slots:
             offered += instrument.Version(row) == "2.0" ? "" : row == 0 ? " a" : " b";
 
         QProcess second;
-        Start(second, folder.path());
+        Start(second, folder.path(), offered == "offered:" ? "nothing-to-update" : "update");
         QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::Running, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, 90000);
         QVERIFY2(second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0,

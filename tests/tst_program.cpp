@@ -16,17 +16,17 @@ class TestProgram : public QObject
 {
     Q_OBJECT
 
-    /// Starts the program in `folder`, worked by the driver when it is given a task. All copies share one temporary
+    /// Starts the program in `folder`, worked by the driver when it is given steps. All copies share one temporary
     /// folder: a killed one leaves its marker behind, and only the key file there leads the next one to it.
-    static void Start(QProcess& process, const QTemporaryDir& folder, const QString& task = {})
+    static void Start(QProcess& process, const QTemporaryDir& folder, const QString& steps = {})
     {
         QFile::copy(UPDATER_PROGRAM, folder.filePath("updater"));
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_MESSAGE_PATTERN", "%{file} %{message}");
-        if (!task.isEmpty()) {
+        if (!steps.isEmpty()) {
             environment.insert("QT_QPA_GENERIC_PLUGINS", "uidriver");
             environment.insert("QT_PLUGIN_PATH", PLUGIN_FOLDER);
-            environment.insert("UPDATER_UI_TASK", task);
+            environment.insert("UPDATER_UI_SCRIPT", STEPS_FOLDER "/" + steps);
         }
         process.setProcessEnvironment(environment);
         process.start(folder.filePath("updater"));

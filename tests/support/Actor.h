@@ -2,11 +2,9 @@
 
 #include "FakeBoard.h"
 #include "TestData.h"
+#include "WindowTexts.h"
 
 #include <functional>
-
-inline constexpr char Success[] = "Все модули успешно обновлены!\nПрибор необходимо перезагрузить";
-inline constexpr char Failure[] = "Произошла ошибка обновления!";
 
 /// A board that can be told to misbehave.
 struct Actor
