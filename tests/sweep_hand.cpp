@@ -185,7 +185,8 @@ private:
             m_seen.insert(picture);
             Points.append({picture, Buttons().keys()});
         }
-        // A dialog is gone a pass before its work goes on, and no operator is quicker; what had no effect is done again.
+        // A dialog is gone a pass before its work goes on, and no operator is quicker; what had no effect is done
+        // again.
         if (m_picture != picture)
             m_rest.setRemainingTime(4ms);
         m_picture = picture;

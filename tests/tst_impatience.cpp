@@ -22,18 +22,25 @@ class TestImpatience : public QObject
 private slots:
     void RunWithAFault_data()
     {
+        const QString next = ExtractionFolder() + "/fw_7_2_1_v2.0.rpd";
+        const Misdeed removeNext = [=](const Call&) {
+            QFile::remove(next);
+            return false;
+        };
+        const Misdeed replaceNext = [=](const Call&) {
+            testdata::WriteFile(next, "other");
+            return false;
+        };
+        const Misdeed loader = [](const Call& call) {
+            call.actor.type = call.actor.finished ? "DEV" : "LOADER";
+            return false;
+        };
         // Status and version of the faulty module, then of the next one.
         const Table<QString, QString, QString, Misdeed> row("box", "status", "versions", "fault");
         row("none", Success, "ok ok", "2.0 2.0", {});
-        row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0",
-            [](const Call&) { return QFile::remove(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd"), false; });
-        row("the next module's file is replaced behind its certificate", Failure, "ok cancel", "2.0 1.0",
-            [](const Call&) { return testdata::WriteFile(ExtractionFolder() + "/fw_7_2_1_v2.0.rpd", "other"), false; });
-        row("another type until it is written, as a boot loader answers", Success, "ok ok", "2.0 2.0",
-            [](const Call& c) {
-                c.actor.type = c.actor.finished ? "DEV" : "LOADER";
-                return false;
-            });
+        row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0", removeNext);
+        row("the next module's file is replaced behind its certificate", Failure, "ok cancel", "2.0 1.0", replaceNext);
+        row("another type until it is written, as a boot loader answers", Success, "ok ok", "2.0 2.0", loader);
     }
     void RunWithAFault()
     {
@@ -51,6 +58,7 @@ private slots:
         QTEST(panel.Status(0) + " " + panel.Status(1), "status");
         QTEST(panel.Versions(), "versions");
         QCOMPARE(panel.Controls(), "idle");
+        QCOMPARE(first.blocks > 0, panel.Status(0) == "ok");
         QCOMPARE(second.blocks > 0, panel.Status(1) == "ok");
         QCOMPARE(QFileInfo::exists(Panel::Path("update.old")), box == Success);
     }
@@ -147,7 +155,10 @@ private slots:
         panel.driver.Do([&] { silent = true; });
         panel.driver.Press("button_DeviceType");
         panel.driver.Step("in the middle", [&] { return reading; });
-        panel.driver.Do([&] { main.type = type.toLatin1(), silent = false; });
+        panel.driver.Do([&] {
+            main.type = type.toLatin1();
+            silent = false;
+        });
         panel.driver.Press("button_DeviceType");
         panel.driver.Step("all is idle", [&] {
             return panel.Controls() == "idle" && panel.Text("label_Update").isEmpty()
@@ -167,11 +178,17 @@ private slots:
         g_timeLimits.firstSearch = 400ms;
         int searches = 0;
         bool noneYet = false;
-        board.fault = [&](const Call& c) { return searches += c.Asks("DEVICETYPE ?;"), false; };
+        board.fault = [&](const Call& c) {
+            searches += c.Asks("DEVICETYPE ?;");
+            return false;
+        };
         panel.driver.Press("buttonArchive");
         panel.driver.Step("no search under a dialog", [] { return UiDriver::OpenDialog(); });
         panel.driver.Do([] { QTest::qWait(900); });
-        panel.driver.Do([&] { noneYet = searches == 0, UiDriver::OpenDialog()->reject(); });
+        panel.driver.Do([&] {
+            noneYet = searches == 0;
+            UiDriver::OpenDialog()->reject();
+        });
         panel.driver.Press("button_DeviceType");
         panel.Open({testdata::Device("П", 7, {board.Record("a", 1, 0)})});
         QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));

@@ -140,7 +140,8 @@ private slots:
             "exception", [](QTcpSocket& s, const QByteArray& r) { s.write(FakeBoard::Answer(r, char(0xC7), "\3")); },
             "failed", false);
         row(
-            "another transaction", [](QTcpSocket& s, QByteArray r) { r[1] = char(r[1] + 1), Obey(s, r); }, "failed",
+            "another transaction",
+            [](QTcpSocket& s, QByteArray r) { Obey(s, r.replace(1, 1, QByteArray(1, char(r[1] + 1)))); }, "failed",
             true);
     }
     void Answers()

@@ -18,7 +18,11 @@ struct Actor
 
         bool Asks(const char* command) const { return FakeBoard::Command(request) == command; }
         bool Refuse() const { return socket.write(FakeBoard::Answer(request, char(0xC8), "\3")) > 0; }
-        bool HangUp() const { return socket.abort(), true; }
+        bool HangUp() const
+        {
+            socket.abort();
+            return true;
+        }
     };
     QByteArray type = "DEV";
     QByteArray version = "1.0";
