@@ -44,7 +44,7 @@ QString MakeArchive(int64_t size)
 double Analyse(const QString& path, int rows)
 {
     const QString folder = EmptyFolder("taken").path();
-    const TDeviceRecord device = Instrument(rows, 502);
+    const TDeviceRecord device = BenchDevice(rows, 502);
     int taken = 0;
     SettleDisk();
     return Seconds("the analysis", [&] {
@@ -88,9 +88,9 @@ double ExtractAndHash(const QString& path)
 Pair AnalysisOf(int64_t size)
 {
     const QString path = MakeArchive(size);
-    const Pair turns = Turns([=] { return Analyse(path, Modules); }, [=] { return ExtractAndHash(path); });
+    const Pair pair = AlternatingPair([=] { return Analyse(path, Modules); }, [=] { return ExtractAndHash(path); });
     return [=] {
-        Reading reading = turns();
+        Reading reading = pair();
         reading["bytes"] = double(Modules * size);
         return reading;
     };
@@ -103,6 +103,6 @@ void AddArchiveFigure()
     AddFigure("archive of ten files", {4 * MiB, 40 * MiB}, AnalysisOf);
     AddFigure("archive, all rows against one row", {Modules}, [](int64_t rows) {
         const QString path = MakeArchive(4 * MiB);
-        return Turns([=] { return Analyse(path, int(rows)); }, [=] { return Analyse(path, 1); });
+        return AlternatingPair([=] { return Analyse(path, int(rows)); }, [=] { return Analyse(path, 1); });
     });
 }

@@ -49,9 +49,9 @@ Pair Installation(int64_t files, bool isInstalled)
         *toDisk = seconds + Seconds("sync", [&] { return QProcess::execute("sync", {"-f", theirs}) == 0; });
         return seconds;
     };
-    const Pair turns = Turns(install, copy);
+    const Pair pair = AlternatingPair(install, copy);
     return [=] {
-        Reading reading = turns();
+        Reading reading = pair();
         reading["files"] = double(files);
         reading["floor to disk"] = *toDisk;
         return reading;

@@ -1,5 +1,5 @@
-// The floor of start and memory: a window of the same toolkit, style and size, with nothing in it. With a word on the
-// command line it shows that word, in the program's font: what it takes more is the toolkit's price for any text.
+// The floor of start and memory: a window of Qt in the same style and size, with nothing in it. With a word on the
+// command line it shows that word, in the program's font: what it takes more is Qt's price for any text.
 
 #include <QApplication>
 #include <QLabel>

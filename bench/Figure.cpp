@@ -43,8 +43,8 @@ void Measure(benchmark::State& state, const std::string& name, const std::functi
                 state.counters[key] = value;
             state.SetIterationTime(reading.at("ours"));
         } catch (const Unmeasurable& reason) {
-            current.whyNot = reason.why;
-            state.SkipWithError(reason.why.toUtf8().constData());
+            current.whyNot = reason.Text();
+            state.SkipWithError(reason.what());
             return;
         }
     }
@@ -67,7 +67,7 @@ void DropFigure()
     CurrentFigure() = {};
 }
 
-Pair Turns(std::function<double()> ours, std::function<double()> floor)
+Pair AlternatingPair(std::function<double()> ours, std::function<double()> floor)
 {
     return [=, oursFirst = std::make_shared<bool>(false)] {
         *oursFirst = !*oursFirst;
@@ -91,7 +91,7 @@ double Seconds(const QString& what, const std::function<bool()>& work)
     return seconds;
 }
 
-TDeviceRecord Instrument(int modules, quint16 port)
+TDeviceRecord BenchDevice(int modules, quint16 port)
 {
     QList<TBoardRecord> boards;
     for (int unit = 1; unit <= modules; ++unit)

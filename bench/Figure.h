@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppConfig.h"
+#include "Error.h"
 
 #include <QDir>
 #include <QString>
@@ -20,9 +21,9 @@ using Reading = std::map<std::string, double>;
 using Pair = std::function<Reading()>;
 
 /// Why a figure cannot be measured here, in one line.
-struct Unmeasurable
+struct Unmeasurable : Error
 {
-    QString why;
+    using Error::Error;
 };
 
 /// A row of the table for each of `sizes`. `make` prepares what all pairs of one size share; the first pair is thrown
@@ -33,13 +34,13 @@ void AddFigure(const std::string& name, const std::vector<int64_t>& sizes, std::
 void DropFigure();
 
 /// A pair of two ways to do the same. Each returns what it took; they take turns in going first.
-Pair Turns(std::function<double()> ours, std::function<double()> floor);
+Pair AlternatingPair(std::function<double()> ours, std::function<double()> floor);
 
 /// Seconds that `work` takes; it returns false when it failed at `what`.
 double Seconds(const QString& what, const std::function<bool()>& work);
 
 /// An instrument of `modules` modules, units 1 and up of bench-board on 127.0.0.1:`port`.
-TDeviceRecord Instrument(int modules, quint16 port);
+TDeviceRecord BenchDevice(int modules, quint16 port);
 /// An empty folder of this name for a figure's files, below the working folder.
 QDir EmptyFolder(const QString& name);
 /// Lets the disk finish what earlier runs left to it.

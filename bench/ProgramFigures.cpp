@@ -13,10 +13,10 @@ using namespace std::chrono_literals;
 namespace {
 
 /// The real program in a folder of its own, with a catalogue of `modules` modules, all behind `board`.
-QString LayOut(const BoardProcess& board, int modules)
+QString MakeProgramFolder(const BoardProcess& board, int modules)
 {
     const QDir folder = EmptyFolder("program");
-    testdata::WriteCatalogue(folder.filePath("updater.json"), {Instrument(modules, board.Port())});
+    testdata::WriteCatalogue(folder.filePath("updater.json"), {BenchDevice(modules, board.Port())});
     const QString program = folder.filePath("updater");
     if (!QFile::copy(UPDATER_PROGRAM, program))
         throw Unmeasurable{program + " cannot be written"};
@@ -24,7 +24,7 @@ QString LayOut(const BoardProcess& board, int modules)
 }
 
 /// New firmware for each of the first `modules` modules.
-void LayOutArchive(const QString& program, int modules, int64_t size)
+void MakeArchive(const QString& program, int modules, int64_t size)
 {
     testdata::Files files;
     for (int unit = 1; unit <= modules; ++unit)
@@ -46,11 +46,11 @@ double TimeToPaint(const QString& program, const QStringList& arguments = {})
 Pair StartUp(int64_t modules)
 {
     const auto board = std::make_shared<BoardProcess>(0us);
-    const QString program = LayOut(*board, int(modules));
-    const Pair turns =
-        Turns([=, keep = board] { return TimeToPaint(program); }, [] { return TimeToPaint(EMPTY_PROGRAM); });
+    const QString program = MakeProgramFolder(*board, int(modules));
+    const Pair pair =
+        AlternatingPair([=, keep = board] { return TimeToPaint(program); }, [] { return TimeToPaint(EMPTY_PROGRAM); });
     return [=] {
-        Reading reading = turns();
+        Reading reading = pair();
         reading["floor with a word"] = TimeToPaint(EMPTY_PROGRAM, AWord);
         return reading;
     };
@@ -66,7 +66,7 @@ Watched::Memory IdleMemory(const QString& program, const QString& steps, const Q
 Pair Memory(int64_t modules)
 {
     const auto board = std::make_shared<BoardProcess>(0us);
-    const QString program = LayOut(*board, int(modules));
+    const QString program = MakeProgramFolder(*board, int(modules));
     return [=, keep = board] {
         const Watched::Memory ours = IdleMemory(program, "idle");
         const Watched::Memory floor = IdleMemory(EMPTY_PROGRAM, "idle-empty");
@@ -82,8 +82,8 @@ Pair Memory(int64_t modules)
 Reading MemoryWhileWriting(int64_t size)
 {
     const BoardProcess board(0us);
-    const QString program = LayOut(board, 10);
-    LayOutArchive(program, 1, size);
+    const QString program = MakeProgramFolder(board, 10);
+    MakeArchive(program, 1, size);
     Watched watched(program, "write");
     watched.Await("idle");
     const double idle = watched.Uses().resident;
@@ -104,8 +104,8 @@ Reading WholeUpdate(int64_t modules)
 {
     constexpr double RestartPause = 2;
     BoardProcess board(1ms, 1s);
-    const QString program = LayOut(board, int(modules));
-    LayOutArchive(program, int(modules), 64 * 1024);
+    const QString program = MakeProgramFolder(board, int(modules));
+    MakeArchive(program, int(modules), 64 * KiB);
     Watched watched(program, "update");
     watched.Await("taken");
     board.TakeWork();

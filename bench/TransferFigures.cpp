@@ -64,10 +64,10 @@ double WriteBare(Target& target, BareClient::Waiting waiting, const std::string&
     return seconds;
 }
 
-Pair WithBoardsShare(const std::shared_ptr<Target>& target, const Pair& turns)
+Pair WithBoardsShare(const std::shared_ptr<Target>& target, const Pair& pair)
 {
     return [=] {
-        Reading reading = turns();
+        Reading reading = pair();
         reading["blocks"] = Blocks(target->image);
         for (const auto& [side, seconds] : target->served)
             reading["board in " + side] = seconds;
@@ -79,9 +79,9 @@ Pair AgainstBareSocket(std::chrono::microseconds blockTime, int64_t size)
 {
     const auto target = std::make_shared<Target>(blockTime, size);
     const auto bare = [=] { return WriteBare(*target, BareClient::Waiting::Asleep, "floor"); };
-    const Pair turns = Turns([=] { return WriteAsProgram(*target, "ours"); }, bare);
+    const Pair pair = AlternatingPair([=] { return WriteAsProgram(*target, "ours"); }, bare);
     return WithBoardsShare(target, [=] {
-        Reading reading = turns();
+        Reading reading = pair();
         reading["spinning floor"] = WriteBare(*target, BareClient::Waiting::Spinning, "spinning floor");
         return reading;
     });
@@ -115,7 +115,7 @@ public:
     explicit Window(const BoardProcess& board)
     {
         testdata::WriteCatalogue(QCoreApplication::applicationDirPath() + "/updater.json",
-                                 {Instrument(10, board.Port())});
+                                 {BenchDevice(10, board.Port())});
         window = std::make_unique<MainWindow>(nullptr);
         window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint);
         Show(true);
@@ -151,7 +151,7 @@ Pair WithAndWithoutWindow(std::chrono::microseconds blockTime, int64_t size)
         window->Show(false);
         return WriteAsProgram(*target, "floor");
     };
-    return WithBoardsShare(target, Turns(shown, hidden));
+    return WithBoardsShare(target, AlternatingPair(shown, hidden));
 }
 
 } // namespace

@@ -3,14 +3,14 @@
 // versions, archive, a second search that finds marked rows, update of two processors and a program, end box, and
 // behind a stop the update once more. The driver answers every dialog and goes on.
 //
-// A point is an entry of the toolkit's event dispatcher, a moment at which the program lets anything happen, that
+// A point is an entry of Qt's event dispatcher, a moment at which the program lets anything happen, that
 // shows a picture which the life has not shown before. The picture is all that can be observed: requests and
 // connections at the instrument, texts, cells, status icons, marks, progress, enabled buttons, open dialog. The waits
 // enter the dispatcher thousands of times between two pictures. A rehearsal lists the points; a cell strikes when its
 // life shows the same picture. Presses are events of the window system, also on what something modal blocks: there
 // they must come to nothing. Every button but a mark, which a second press only takes back, is also pressed twice.
 // The window is closed as a session that ends would do it, so behind open dialogs too. Buttons are push buttons: the
-// small tools of the file dialog are the toolkit's own.
+// small tools of the file dialog are Qt's own.
 
 #include "Actor.h"
 #include "AppState.h"

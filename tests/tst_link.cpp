@@ -275,7 +275,7 @@ private slots:
         auto* link = new TcpModbus(nullptr, "127.0.0.1", board.serverPort(), 1);
         QVERIFY(!link->Connect());
         delete link;
-        // Inside a slot, as the program always is, the toolkit deletes nothing that was to be deleted later.
+        // Inside a slot, as the program always is, Qt deletes nothing that was to be deleted later.
         for (const QDeadlineTimer end(200); !end.hasExpired();)
             QCoreApplication::processEvents();
         QCOMPARE(board.OpenConnections(), 0);

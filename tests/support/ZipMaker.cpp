@@ -22,7 +22,7 @@ QByteArray Record(const char* signature, Fields... fields)
 
 QByteArray Deflated(const QByteArray& content)
 {
-    // Without the toolkit's size in front, and without zlib's own header and checksum.
+    // Without Qt's size in front, and without zlib's own header and checksum.
     return content.isEmpty() ? QByteArray("\3\0", 2) : qCompress(content, 9).mid(6).chopped(4);
 }
 
