@@ -52,10 +52,12 @@ double Analyse(const QString& path, int rows)
         if (!archive.ExtractAll(folder))
             return false;
         DigestCache digests;
-        for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, device, digests)) {
-            if (step.box)
-                throw Unmeasurable{step.box->text};
-            ++taken;
+        for (int row = 0; row < rows; ++row) {
+            for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, device, row, digests)) {
+                if (step.box)
+                    throw Unmeasurable{step.box->text};
+                ++taken;
+            }
         }
         return taken == rows;
     });

@@ -82,11 +82,13 @@ public:
             box.text.replace(m_folder, PanelFolder);
             Count(walk.boxes, known, box);
         };
-        for (const ArchiveStep& step : AssignEntries(m_entries, m_folder, device, Digests)) {
-            if (step.box)
-                show(*step.box);
-            else
-                walk.taken[step.row].append({step.entry, Version(device.Boards.at(step.row), step.entry, show)});
+        for (int row = 0; row < device.BoardCount; ++row) {
+            for (const ArchiveStep& step : AssignEntries(m_entries, m_folder, device, row, Digests)) {
+                if (step.box)
+                    show(*step.box);
+                else
+                    walk.taken[row].append({step.entry, Version(device.Boards.at(row), step.entry, show)});
+            }
         }
         return walk;
     }

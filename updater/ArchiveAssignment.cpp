@@ -23,21 +23,19 @@ CertificateCheck CheckFile(const QString& path, DigestCache& digests)
 }
 
 QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
-                                 DigestCache& digests)
+                                 int row, DigestCache& digests)
 {
     QList<ArchiveStep> steps;
-    for (int row = 0; row < device.BoardCount; ++row) {
-        const TBoardRecord& board = device.Boards.at(row);
-        const QString prefix = NamePrefix(FilePattern(device, board));
-        for (const ArchiveEntry& entry : entries) {
-            if (!IsJudged(entry))
-                continue;
-            const CertificateCheck check = CheckFile(folder + '/' + entry.path, digests);
-            for (const Box& box : check.boxes)
-                steps.append({row, box});
-            if (check.isValid && EntryFits(entry.path, prefix, board))
-                steps.append({row, std::nullopt, entry.path});
-        }
+    const TBoardRecord& board = device.Boards.at(row);
+    const QString prefix = NamePrefix(FilePattern(device, board));
+    for (const ArchiveEntry& entry : entries) {
+        if (!IsJudged(entry))
+            continue;
+        const CertificateCheck check = CheckFile(folder + '/' + entry.path, digests);
+        for (const Box& box : check.boxes)
+            steps.append({box});
+        if (check.isValid && EntryFits(entry.path, prefix, board))
+            steps.append({std::nullopt, entry.path});
     }
     return steps;
 }

@@ -19,16 +19,16 @@ CertificateCheck CheckFile(const QString& path, DigestCache& digests);
 /// One thing that happens to a row.
 struct ArchiveStep
 {
-    int row;
     std::optional<Box> box; ///< to be shown; without one the row takes `entry`
     QString entry = {};     ///< path below the extraction folder
 };
 
-/// What happens to the rows of `device` (row i is its board i) for an archive that was extracted into `folder`, in
-/// order: each row is offered every entry. Every file is judged for every row, so a wrong certificate has a box for
-/// each row; a later file of a row takes the place of an earlier one.
+/// What happens to row `row` of `device` (its board `row`) for an archive that was extracted into `folder`, in order:
+/// the row is offered every entry. Every file is judged for every row, so a wrong certificate has a box for each row; a
+/// later file takes the place of an earlier one. Row by row, because an archive may have 65,535 entries without
+/// certificates.
 QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
-                                 DigestCache& digests);
+                                 int row, DigestCache& digests);
 
 /// Whether an entry is looked at: a file without ".sha256" in its path.
 bool IsJudged(const ArchiveEntry& entry);

@@ -61,20 +61,20 @@ void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archi
     const auto isTableOfDevice = [this, table = m_table] {
         return table == m_table && m_tableDevice == g_selectedDevice;
     };
-    if (!isTableOfDevice())
-        return;
     DigestCache digests;
-    for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, Device(), digests)) {
-        if (!isTableOfDevice())
-            return;
-        if (step.box) {
-            Show(*step.box);
-            continue;
+    for (int row = 0; isTableOfDevice() && row < ui.tableWidget->rowCount(); ++row) {
+        for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, Device(), row, digests)) {
+            if (!isTableOfDevice())
+                return;
+            if (step.box) {
+                Show(*step.box);
+                continue;
+            }
+            const QString path = folder + "/" + step.entry;
+            const QString version = VersionFromFileName(folder, step.entry, Board(row).IsProgram());
+            if (isTableOfDevice())
+                TakeFile(row, version, path, digests[path].sha256);
         }
-        const QString path = folder + "/" + step.entry;
-        const QString version = VersionFromFileName(folder, step.entry, Board(step.row).IsProgram());
-        if (isTableOfDevice())
-            TakeFile(step.row, version, path, digests[path].sha256);
     }
 }
 

@@ -45,11 +45,12 @@ bool MainWindow::ReadRow(int row, bool announce, int table)
         }
         const bool failed = HasFailed(ui.tableWidget->item(row, ColumnName));
         ReadVersion(row, false);
+        // Such a run may have failed at this row, which a reading must not hide; a run that has only just ended has set
+        // the icon itself.
+        if (failed && started == m_started)
+            SetRowStatus(row, RowStatus::Failed);
         if (table != m_table || g_stopRequested)
             return false;
-        // Such a run may have failed at this row, which a reading must not hide.
-        if (failed)
-            SetRowStatus(row, RowStatus::Failed);
         if (started == m_started)
             break;
     }
