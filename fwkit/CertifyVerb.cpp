@@ -1,6 +1,7 @@
 #include "Certify.h"
 #include "Finding.h"
 #include "InputFiles.h"
+#include "Options.h"
 #include "Progress.h"
 #include "Report.h"
 #include "Verb.h"
@@ -9,6 +10,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QJsonArray>
 
 #include <optional>
 
@@ -16,37 +18,31 @@ namespace {
 
 constexpr char CertificateEnd[] = ".sha256";
 
-/// The files to certify. Throws UsageError before any is touched.
-QStringList Files(const QStringList& arguments)
+/// The files to certify, and what is left out. Throws UsageError before any is touched.
+InputFiles Files(const QStringList& arguments)
 {
-    QStringList files;
-    QList<InputFiles::LeftOut> leftOut;
+    InputFiles all;
     for (const QString& argument : arguments) {
         const QFileInfo info(QDir::cleanPath(argument));
         if (info.isDir()) {
             const InputFiles found = FilesBelow(info.filePath());
-            leftOut += found.leftOut;
+            all.leftOut += found.leftOut;
             for (const QString& file : found.files) {
                 if (!file.contains(CertificateEnd))
-                    files.append(info.filePath() + '/' + file);
+                    all.files.append(info.filePath() + '/' + file);
             }
         } else if (!info.isFile()) {
-            throw UsageError(Kit::tr("%1: no such file or folder; name what is to be certified").arg(argument));
+            throw UsageError(Kit::tr("%1: %2; name what is to be certified").arg(argument, WhyNoInput(info)));
         } else if (info.fileName().contains(CertificateEnd)) {
             // The shell names certificates too when it is given a pattern for all files.
             continue;
         } else if (const auto why = WhyPassedBy(info.fileName())) {
-            leftOut.append({info.filePath(), *why});
+            all.leftOut.append({info.filePath(), *why});
         } else {
-            files.append(info.filePath());
+            all.files.append(info.filePath());
         }
     }
-    for (const InputFiles::LeftOut& left : leftOut)
-        Print(Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ")\n");
-    if (files.isEmpty())
-        throw UsageError(Kit::tr(
-            "nothing to certify: only certificates and what is left out were named; name the files themselves"));
-    return files;
+    return all;
 }
 
 CertifyMode Mode(const QCommandLineParser& parser)
@@ -81,54 +77,118 @@ std::optional<Finding> About(const QString& file, Certified result)
     return std::nullopt;
 }
 
-void Tell(const QString& file, Certified result)
+/// A word for scripts; Kit::tr() makes one for people of the first three, the others are findings.
+const char* WordOf(Certified result)
 {
-    if (const auto finding = About(file, result))
-        TellOnStderr("certify", LineOf(*finding));
-    else
-        Print(Printable(file) + ": "
-              + (result == Certified::New         ? Kit::tr("new")
-                 : result == Certified::Unchanged ? Kit::tr("unchanged")
-                                                  : Kit::tr("replaced"))
-              + '\n');
+    switch (result) {
+    case Certified::New:
+        return QT_TRANSLATE_NOOP("Kit", "new");
+    case Certified::Unchanged:
+        return QT_TRANSLATE_NOOP("Kit", "unchanged");
+    case Certified::Replaced:
+        return QT_TRANSLATE_NOOP("Kit", "replaced");
+    case Certified::Missing:
+        return "missing";
+    case Certified::Different:
+        return "different";
+    case Certified::Empty:
+        break;
+    }
+    return "empty";
 }
+
+/// What became of each file, for people or for a script.
+class CertifyReport
+{
+public:
+    explicit CertifyReport(const QCommandLineParser& parser)
+        : m_isJson(parser.isSet("json"))
+        , m_isQuiet(parser.isSet("quiet"))
+    {}
+
+    void Add(const InputFiles::LeftOut& left)
+    {
+        m_leftOut.append(JsonOf(left));
+        Tell(LineOf(left) + '\n');
+    }
+    void Add(const QString& file, Certified result)
+    {
+        ++m_counts[result];
+        m_files.append(QJsonObject{{"file", file}, {"result", WordOf(result)}});
+        const std::optional<Finding> finding = About(file, result);
+        if (!finding) {
+            Tell(Printable(file) + ": " + Kit::tr(WordOf(result)) + '\n');
+            return;
+        }
+        m_findings.append(JsonOf(*finding));
+        if (!m_isJson)
+            Warn("certify", LineOf(*finding));
+    }
+    Status Close() const
+    {
+        Tell(Kit::tr("Certificates: %1 new, %2 unchanged, %3 replaced; findings: %4.\n")
+                 .arg(QString::number(m_counts[Certified::New]), QString::number(m_counts[Certified::Unchanged]),
+                      QString::number(m_counts[Certified::Replaced]), QString::number(m_findings.size())));
+        if (m_isJson)
+            Print(JsonText({{"files", m_files}, {"leftOut", m_leftOut}, {"findings", m_findings}}));
+        return m_findings.isEmpty() ? Fine : HasFindings;
+    }
+
+private:
+    void Tell(const QString& text) const
+    {
+        if (!m_isJson && !m_isQuiet)
+            Print(text);
+    }
+
+    bool m_isJson;
+    bool m_isQuiet;
+    QHash<Certified, int> m_counts;
+    QJsonArray m_files;
+    QJsonArray m_leftOut;
+    QJsonArray m_findings;
+};
 
 Status Run(const QCommandLineParser& parser)
 {
     const CertifyMode mode = Mode(parser);
-    if (parser.positionalArguments().isEmpty())
-        throw UsageError(Kit::tr("name the files or folders to certify"));
-    const QStringList files = Files(parser.positionalArguments());
-    QHash<Certified, int> counts;
+    Require(parser, {}, "FILE|FOLDER...");
+    const InputFiles input = Files(parser.positionalArguments());
+    CertifyReport report(parser);
+    for (const InputFiles::LeftOut& left : input.leftOut)
+        report.Add(left);
+    if (input.files.isEmpty())
+        throw UsageError(Kit::tr(
+            "nothing to certify: only certificates and what is left out were named; name the files themselves"));
     {
-        Progress progress;
-        for (qsizetype i = 0; i < files.size(); ++i) {
-            progress.Tell(Kit::tr("Certifying"), i, files.size());
-            const Certified result = CertifyFile(files[i], mode);
-            ++counts[result];
+        Progress progress(!parser.isSet("quiet"));
+        for (qsizetype i = 0; i < input.files.size(); ++i) {
+            progress.Tell(Kit::tr("Certifying"), i, input.files.size());
+            const Certified result = CertifyFile(input.files[i], mode);
             progress.Wipe();
-            Tell(files[i], result);
+            report.Add(input.files[i], result);
         }
     }
-    const int fine = counts[Certified::New] + counts[Certified::Unchanged] + counts[Certified::Replaced];
-    Print(Kit::tr("Certificates: %1 new, %2 unchanged, %3 replaced; findings: %4.\n")
-              .arg(QString::number(counts[Certified::New]), QString::number(counts[Certified::Unchanged]),
-                   QString::number(counts[Certified::Replaced]), QString::number(files.size() - fine)));
-    return fine == files.size() ? Fine : HasFindings;
+    const Status status = report.Close();
+    if (mode != CertifyMode::OnlyLook)
+        RequireWritten(Kit::tr("the certificates are written; only the report cannot be, to standard output: make room "
+                               "where that goes"));
+    return status;
 }
 
 } // namespace
 
 Verb CertifyVerb()
 {
-    return {
-        "certify",
-        Kit::tr("Writes the certificate of each file beside it: its SHA-256 as 32 raw bytes in FILE.sha256. One "
-                "that does not match is told and left as it is."),
-        "FILE|FOLDER...",
-        [](QCommandLineParser& parser) {
-            parser.addOption({"check", Kit::tr("Only looks, and writes nothing.")});
-            parser.addOption({"force", Kit::tr("Replaces certificates that do not match, and certifies empty files.")});
-        },
-        Run};
+    return {"certify",
+            Kit::tr("Writes the certificate of each file beside it: its SHA-256 as 32 raw bytes in FILE.sha256. One "
+                    "that does not match is told and left as it is."),
+            "FILE|FOLDER...",
+            [](QCommandLineParser& parser) {
+                parser.addOption({"check", Kit::tr("Only looks, and writes nothing.")});
+                parser.addOption(
+                    {{"f", "force"}, Kit::tr("Replaces certificates that do not match, and certifies empty files.")});
+                AddQuietOption(parser);
+            },
+            Run};
 }

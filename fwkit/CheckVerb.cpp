@@ -1,4 +1,5 @@
 #include "CatalogueCheck.h"
+#include "Options.h"
 #include "Report.h"
 #include "Verb.h"
 
@@ -32,7 +33,7 @@ QByteArray ReadText(const QString& path)
     return text;
 }
 
-QString AsText(const Judged& judged)
+QString LinesOf(const Judged& judged)
 {
     const CatalogueReport& report = judged.report;
     const QString file = Printable(judged.file);
@@ -44,11 +45,17 @@ QString AsText(const Judged& judged)
                 + '\n';
     if (report.omitted > 0)
         text += file + ": " + Kit::tr("%1 more of these kinds").arg(report.omitted) + '\n';
+    return text;
+}
+
+QString SummaryOf(const Judged& judged)
+{
+    const CatalogueReport& report = judged.report;
     const QString count = report.findings.isEmpty()
                               ? Kit::tr("fine")
                               : Kit::tr("findings: %1").arg(report.findings.size() + report.omitted);
-    return text + file + ": " + count + Kit::tr(", devices: %1, modules: %2").arg(report.devices).arg(report.modules)
-           + '\n';
+    return Printable(judged.file) + ": " + count
+           + Kit::tr(", devices: %1, modules: %2").arg(report.devices).arg(report.modules) + '\n';
 }
 
 QJsonObject AsJson(const QList<Judged>& all)
@@ -74,19 +81,27 @@ QJsonObject AsJson(const QList<Judged>& all)
 
 Status Run(const QCommandLineParser& parser)
 {
-    QList<Judged> all;
     const QStringList files = parser.positionalArguments();
     if (files.isEmpty())
         throw UsageError(Kit::tr("no catalogue; name at least one updater.json"));
+    QList<Judged> all;
     QString text;
-    bool isFine = true;
+    Status status = Fine;
     for (const QString& file : files) {
-        all.append({file, CheckCatalogue(file, ReadText(file))});
-        text += AsText(all.last());
-        isFine = isFine && all.last().report.findings.isEmpty();
+        try {
+            all.append({file, CheckCatalogue(file, ReadText(file))});
+        } catch (const UsageError& error) {
+            // The others are worth their findings all the same.
+            Warn("check", error.Text());
+            status = IsMisused;
+            continue;
+        }
+        if (status == Fine && !all.last().report.findings.isEmpty())
+            status = HasFindings;
+        text += LinesOf(all.last()) + (parser.isSet("quiet") ? QString() : SummaryOf(all.last()));
     }
     Print(parser.isSet("json") ? JsonText(AsJson(all)) : text);
-    return isFine ? Fine : HasFindings;
+    return status;
 }
 
 } // namespace
@@ -94,8 +109,5 @@ Status Run(const QCommandLineParser& parser)
 Verb CheckVerb()
 {
     return {"check", Kit::tr("Tells what the panel would make of a catalogue."), "updater.json...",
-            [](QCommandLineParser& parser) {
-                parser.addOption({"json", Kit::tr("Write one JSON object.")});
-            },
-            Run};
+            [](QCommandLineParser& parser) { AddQuietOption(parser); }, Run};
 }

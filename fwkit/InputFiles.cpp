@@ -1,11 +1,14 @@
 #include "InputFiles.h"
 
+#include "Report.h"
 #include "UsageError.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QStringDecoder>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace {
 
@@ -20,12 +23,28 @@ std::optional<InputFiles::Why> WhyNot(const QFileInfo& info, const QString& root
     using Why = InputFiles::Why;
     if (const auto why = WhyPassedBy(info.fileName()))
         return why;
+    if (info.isSymLink() && !info.exists())
+        return Why::LeadsNowhere;
     // A link to a folder inside would only show the same files twice, or never end.
     if (info.isSymLink() && (info.isDir() || !info.canonicalFilePath().startsWith(root + '/')))
         return Why::LeadsOutside;
     if (!info.isDir() && !info.isFile())
         return Why::NoFile;
     return std::nullopt;
+}
+
+/// What `folder` holds and Qt leaves out of its lists: a QString cannot hold the name.
+QList<InputFiles::LeftOut> OddNames(const QString& folder)
+{
+    QList<InputFiles::LeftOut> odd;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(QFile::encodeName(folder).toStdString(), error)) {
+        QStringDecoder utf8(QStringDecoder::Utf8);
+        const QString name = utf8(QByteArray::fromStdString(entry.path().filename().string()));
+        if (utf8.hasError())
+            odd.append({folder + '/' + name, InputFiles::Why::OddBytes});
+    }
+    return odd;
 }
 
 } // namespace
@@ -41,6 +60,7 @@ InputFiles FilesBelow(const QString& folder)
         if (!QFileInfo(dir.path()).isReadable() || !QFileInfo(dir.path()).isExecutable())
             throw UsageError(
                 Kit::tr("%1: the folder cannot be listed; give yourself the right to read it").arg(dir.path()));
+        found.leftOut += OddNames(QDir::cleanPath(dir.path()));
         for (const QFileInfo& info :
              dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort)) {
             const QString path = below + info.fileName();
@@ -75,8 +95,29 @@ QString Reason(InputFiles::Why why)
         return Kit::tr("temporary");
     case InputFiles::Why::LeadsOutside:
         return Kit::tr("a link out of the folder or to a folder");
+    case InputFiles::Why::LeadsNowhere:
+        return Kit::tr("a link that leads nowhere");
+    case InputFiles::Why::OddBytes:
+        return Kit::tr("its name is no UTF-8");
     case InputFiles::Why::NoFile:
         return Kit::tr("no regular file");
     }
     return {};
+}
+
+QString LineOf(const InputFiles::LeftOut& left)
+{
+    return Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ')';
+}
+
+QJsonObject JsonOf(const InputFiles::LeftOut& left)
+{
+    return {{"file", left.path}, {"reason", Reason(left.why)}};
+}
+
+QString WhyNoInput(const QFileInfo& info)
+{
+    if (info.isSymLink() && !info.exists())
+        return Reason(InputFiles::Why::LeadsNowhere);
+    return info.exists() ? Reason(InputFiles::Why::NoFile) : Kit::tr("no such file or folder");
 }

@@ -5,10 +5,13 @@
 
 #include <optional>
 
+class QFileInfo;
+class QJsonObject;
+
 /// What lies below a folder that the user named.
 struct InputFiles
 {
-    enum class Why { Hidden, Temporary, LeadsOutside, NoFile };
+    enum class Why { Hidden, Temporary, LeadsOutside, LeadsNowhere, OddBytes, NoFile };
     struct LeftOut
     {
         QString path; ///< with the folder in front
@@ -24,3 +27,8 @@ InputFiles FilesBelow(const QString& folder);
 /// Hidden, or with a name that editors and downloads give to what is not finished.
 std::optional<InputFiles::Why> WhyPassedBy(const QString& name);
 QString Reason(InputFiles::Why why);
+/// For people: the path and the reason.
+QString LineOf(const InputFiles::LeftOut& left);
+QJsonObject JsonOf(const InputFiles::LeftOut& left);
+/// The reason for a path that the user named and that is neither a file nor a folder.
+QString WhyNoInput(const QFileInfo& info);

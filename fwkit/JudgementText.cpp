@@ -5,22 +5,24 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace {
 
-/// Empty without a certificate; a script gets it untranslated.
-const char* Verdict(const std::optional<Certificate>& certificate)
+const char* Verdict(const ModuleReport& module)
 {
-    if (!certificate)
-        return "";
-    switch (*certificate) {
-    case Certificate::Missing:
-        return QT_TRANSLATE_NOOP("Kit", "missing");
-    case Certificate::Different:
-        return QT_TRANSLATE_NOOP("Kit", "different");
-    case Certificate::Matches:
-        return QT_TRANSLATE_NOOP("Kit", "matches");
-    }
-    return "";
+    return module.certificate ? VerdictOf(*module.certificate) : "";
+}
+
+QString Heading(const DeviceReport& device, const QString& archive)
+{
+    return Printable(QString("%1 -> %2 (%3)").arg(archive, device.name, QString::number(device.idDev)));
+}
+
+qsizetype Served(const DeviceReport& device)
+{
+    return std::count_if(device.modules.begin(), device.modules.end(),
+                         [](const ModuleReport& module) { return module.certificate == Certificate::Matches; });
 }
 
 QString TableOf(const DeviceReport& device)
@@ -28,7 +30,7 @@ QString TableOf(const DeviceReport& device)
     QList<QStringList> rows{{Kit::tr("MODULE"), Kit::tr("FILE"), Kit::tr("NEW VERSION"), Kit::tr("CERTIFICATE")}};
     for (const ModuleReport& module : device.modules)
         rows.append({module.name, module.entry.isEmpty() ? "-" : module.entry,
-                     module.version.isEmpty() ? "-" : module.version, Kit::tr(Verdict(module.certificate))});
+                     module.version.isEmpty() ? "-" : module.version, Kit::tr(Verdict(module))});
     return TableOf(rows);
 }
 
@@ -65,21 +67,56 @@ QJsonObject JsonOf(const DeviceReport& device)
         modules.append(QJsonObject{{"name", module.name},
                                    {"file", module.entry},
                                    {"version", module.version},
-                                   {"certificate", Verdict(module.certificate)}});
+                                   {"certificate", Verdict(module)}});
     QJsonArray boxes;
     for (const BoxReport& box : device.boxes)
         boxes.append(QJsonObject{{"title", box.box.title}, {"text", box.box.text}, {"times", box.times}});
-    return {{"name", device.name}, {"id", device.idDev}, {"modules", modules}, {"boxes", boxes}};
+    return {{"name", device.name},
+            {"id", device.idDev},
+            {"modules", modules},
+            {"served", Served(device)},
+            {"boxes", boxes}};
 }
 
 } // namespace
+
+const char* VerdictOf(Certificate certificate)
+{
+    switch (certificate) {
+    case Certificate::Missing:
+        return QT_TRANSLATE_NOOP("Kit", "missing");
+    case Certificate::Different:
+        return QT_TRANSLATE_NOOP("Kit", "different");
+    case Certificate::Matches:
+        break;
+    }
+    return QT_TRANSLATE_NOOP("Kit", "matches");
+}
+
+QString ServedLines(const Judgement& judgement, const QString& archive)
+{
+    QString text;
+    for (const DeviceReport& device : judgement.devices)
+        text += Heading(device, archive) + ": "
+                + Kit::tr("%1 of %2 modules served.")
+                      .arg(QString::number(Served(device)), QString::number(device.modules.size()))
+                + '\n';
+    return text;
+}
+
+QString LinesOf(const QList<Finding>& findings)
+{
+    QString text;
+    for (const Finding& finding : findings)
+        text += LineOf(finding) + '\n';
+    return text;
+}
 
 QString TextOf(const Judgement& judgement, const QString& archive)
 {
     QString text;
     for (const DeviceReport& device : judgement.devices)
-        text += Printable(QString("%1 -> %2 (%3)").arg(archive, device.name, QString::number(device.idDev))) + "\n\n"
-                + TableOf(device) + '\n' + BoxesOf(device) + '\n';
+        text += Heading(device, archive) + "\n\n" + TableOf(device) + '\n' + BoxesOf(device) + '\n';
     return text + LinesOf(judgement.findings, Kit::tr("Findings:")) + LinesOf(judgement.notes, Kit::tr("Notes:"));
 }
 

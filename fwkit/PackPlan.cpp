@@ -60,7 +60,7 @@ QList<Input> InputsOf(const QStringList& names, QList<InputFiles::LeftOut>& left
     for (const QString& name : names) {
         const QFileInfo info(QDir::cleanPath(name));
         if (!info.isDir() && !info.isFile())
-            throw UsageError(Kit::tr("%1: no such file or folder; name what is to be packed").arg(name));
+            throw UsageError(Kit::tr("%1: %2; name what is to be packed").arg(name, WhyNoInput(info)));
         if (info.isFile()) {
             // The shell names certificates too when it is given a pattern for all files.
             if (!info.fileName().endsWith(CertificateEnd))
@@ -121,10 +121,12 @@ public:
     void AboutLeftOut(const QList<InputFiles::LeftOut>& leftOut)
     {
         for (const InputFiles::LeftOut& left : leftOut) {
-            if (left.why == InputFiles::Why::LeadsOutside || left.why == InputFiles::Why::NoFile)
-                Report("no-file", {{}, left.path}, Reason(left.why), Kit::tr("put the file itself there"));
-            else
+            if (left.why == InputFiles::Why::Hidden || left.why == InputFiles::Why::Temporary)
                 m_plan.leftOut.append(left);
+            else if (left.why == InputFiles::Why::OddBytes)
+                Report("odd-name", {{}, left.path}, Reason(left.why), Kit::tr("rename it"));
+            else
+                Report("no-file", {{}, left.path}, Reason(left.why), Kit::tr("put the file itself there"));
         }
     }
 

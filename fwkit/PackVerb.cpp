@@ -8,42 +8,89 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QJsonArray>
 
 namespace {
 
-PackOrder ReadOrder(const QCommandLineParser& parser, const Selection& selection)
+/// What is no finding but worth to know before the archive is made.
+QList<Finding> NotesBefore(const Selection& selection, const PackOrder& order)
 {
-    const PackOrder order{selection.devices, parser.positionalArguments(), Required(parser, "output"),
-                          parser.isSet("force")};
-    if (order.inputs.isEmpty())
-        throw UsageError(Kit::tr("name the files or folders to pack"));
+    QList<Finding> notes;
+    if (selection.note)
+        notes.append(*selection.note);
     if (QFileInfo(order.output).absolutePath().contains("firmware"))
-        TellOnStderr(
-            "pack",
-            Kit::tr("note: the folder's name contains \"firmware\"; from a folder with such a name the panel does "
-                    "not make its extraction folder"));
-    return order;
+        notes.append({"firmware-in-folder",
+                      order.output,
+                      {},
+                      Kit::tr("The folder's name contains \"firmware\": from a folder with such a name the panel does "
+                              "not make its extraction folder"),
+                      Kit::tr("copy the archive to a folder with another name")});
+    return notes;
+}
+
+QJsonObject AsJson(const PackResult& result, const PackOrder& order)
+{
+    Judgement judgement = result.judgement;
+    judgement.findings = result.findings;
+    QJsonObject object = JsonOf(judgement, order.output);
+    QJsonArray leftOut;
+    for (const InputFiles::LeftOut& left : result.leftOut)
+        leftOut.append(JsonOf(left));
+    object.insert("leftOut", leftOut);
+    object.insert("files", result.findings.isEmpty() ? result.fileCount : 0);
+    return object;
+}
+
+void WarnOf(const PackResult& result, bool isQuiet)
+{
+    for (const InputFiles::LeftOut& left : result.leftOut) {
+        if (!isQuiet)
+            Warn("pack", LineOf(left));
+    }
+    for (const Finding& finding : result.findings)
+        Warn("pack", LineOf(finding));
+}
+
+QString AsText(const PackResult& result, const PackOrder& order)
+{
+    return TextOf(result.judgement, order.output)
+           + Kit::tr("%1: %2 files with their certificates.\n")
+                 .arg(Printable(order.output), QString::number(result.fileCount))
+           + ServedLines(result.judgement, order.output);
 }
 
 Status Run(const QCommandLineParser& parser)
 {
-    const Selection selection = SelectDevices(Required(parser, "catalogue"), Required(parser, "device"));
-    const PackOrder order = ReadOrder(parser, selection);
+    Require(parser, {"catalogue", "device", "output"}, "FILE|FOLDER...");
+    const bool isJson = parser.isSet("json");
+    const bool isQuiet = parser.isSet("quiet");
+    const Selection selection = SelectDevices(parser.value("catalogue"), parser.value("device"));
+    const PackOrder order{selection.devices, parser.positionalArguments(), parser.value("output"),
+                          parser.isSet("force")};
+    const QList<Finding> notes = NotesBefore(selection, order);
+    for (const Finding& note : notes) {
+        if (!isJson && !isQuiet)
+            Warn("pack", Kit::tr("note: %1").arg(LineOf(note)));
+    }
     PackResult result;
     {
-        Progress progress;
+        Progress progress(!isQuiet);
         result = Pack(order, progress);
     }
-    for (const InputFiles::LeftOut& left : result.leftOut)
-        TellOnStderr("pack", Printable(left.path) + ": " + Kit::tr("left out") + " (" + Reason(left.why) + ")");
-    for (const Finding& finding : result.findings)
-        TellOnStderr("pack", LineOf(finding));
-    if (!result.findings.isEmpty())
-        return HasFindings;
-    Print(TextOf(result.judgement, order.output)
-          + Kit::tr("%1: %2 files with their certificates.\n")
-                .arg(Printable(order.output), QString::number(result.fileCount)));
-    return Fine;
+    const bool isPacked = result.findings.isEmpty();
+    if (!isJson)
+        WarnOf(result, isQuiet);
+    else
+        result.judgement.notes = notes + result.judgement.notes;
+    if (isJson)
+        Print(JsonText(AsJson(result, order)));
+    else if (isPacked && !isQuiet)
+        Print(AsText(result, order));
+    if (isPacked)
+        RequireWritten(Kit::tr("%1: the archive is written; only the report cannot be, to standard output: make room "
+                               "where that goes")
+                           .arg(order.output));
+    return isPacked ? Fine : HasFindings;
 }
 
 } // namespace
@@ -59,8 +106,9 @@ Verb PackVerb()
         [](QCommandLineParser& parser) {
             AddCatalogueOption(parser);
             AddDeviceOption(parser);
-            parser.addOption({"output", Kit::tr("The archive to make."), "FILE.zip"});
-            parser.addOption({"force", Kit::tr("Replaces an archive that is there already.")});
+            AddQuietOption(parser);
+            parser.addOption({{"o", "output"}, Kit::tr("The archive to make."), "FILE.zip"});
+            parser.addOption({{"f", "force"}, Kit::tr("Replaces an archive that is there already.")});
         },
         Run};
 }

@@ -16,8 +16,8 @@ void Write(const QString& text)
 
 } // namespace
 
-Progress::Progress()
-    : m_isTerminal(::isatty(STDERR_FILENO) == 1)
+Progress::Progress(bool isWanted)
+    : m_isTerminal(isWanted && ::isatty(STDERR_FILENO) == 1)
 {}
 
 Progress::~Progress()

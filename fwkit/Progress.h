@@ -8,7 +8,8 @@
 class Progress
 {
 public:
-    Progress();
+    /// `isWanted`: false for silence.
+    explicit Progress(bool isWanted = true);
     ~Progress();
     Q_DISABLE_COPY_MOVE(Progress)
 

@@ -1,5 +1,7 @@
 #include "Report.h"
 
+#include "UsageError.h"
+
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -78,12 +80,18 @@ QString JsonText(const QJsonObject& object)
     return Escaped(QString::fromUtf8(QJsonDocument(object).toJson()), '\n');
 }
 
-void TellOnStderr(const QString& verb, const QString& line)
-{
-    std::fputs(("fwkit " + verb + ": " + line + '\n').toUtf8().constData(), stderr);
-}
-
 void Print(const QString& text)
 {
     std::fputs(text.toUtf8().constData(), stdout);
+}
+
+void RequireWritten(const QString& failure)
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        throw UsageError(failure);
+}
+
+void Warn(const QString& verb, const QString& line)
+{
+    std::fputs((Printable("fwkit " + verb + ": " + line) + '\n').toUtf8().constData(), stderr);
 }

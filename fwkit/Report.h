@@ -18,7 +18,9 @@ QJsonObject JsonOf(const Finding& finding);
 /// UTF-8, indented, with a closing line break.
 QString JsonText(const QJsonObject& object);
 
-/// One line of the verb on stderr.
-void TellOnStderr(const QString& verb, const QString& line);
 /// Writes text to stdout, which is flushed at the program's end.
 void Print(const QString& text);
+/// Throws UsageError with the text `failure` unless all that was printed has been written.
+void RequireWritten(const QString& failure);
+/// Writes one line to stderr, with the verb in front.
+void Warn(const QString& verb, const QString& line);

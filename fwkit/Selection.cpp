@@ -1,23 +1,41 @@
 #include "Selection.h"
 
+#include "CatalogueCheck.h"
 #include "UsageError.h"
 
 #include <QFile>
 #include <QStringList>
 
+namespace {
+
+std::optional<Finding> AboutCatalogue(const QString& path, const QByteArray& text)
+{
+    const CatalogueReport report = CheckCatalogue(path, text);
+    if (report.findings.isEmpty())
+        return std::nullopt;
+    return Finding{
+        "catalogue-findings",
+        path,
+        {},
+        Kit::tr("The catalogue itself has findings: %1").arg(QString::number(report.findings.size() + report.omitted)),
+        Kit::tr("see what \"fwkit check %1\" says").arg(path)};
+}
+
+} // namespace
+
 Selection SelectDevices(const QString& path, const QString& id)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         throw UsageError(
             Kit::tr("%1: cannot be read (%2); name the catalogue with --catalogue").arg(path, file.errorString()));
     const auto config = std::make_shared<TAppConfigStruct>();
     config->LoadFromFile(path);
-    Selection selection{config, {}};
+    Selection selection{config, {}, AboutCatalogue(path, file.readAll())};
     QStringList known;
     for (int d = 0; d < config->DeviceCount; ++d) {
         const QString number = QString::number(config->Devices[d].IdDev);
-        known.append(number);
+        known.append(number + " (" + config->Devices[d].Name + ')');
         if (id.isEmpty() || id == number)
             selection.devices.append(&config->Devices[d]);
     }

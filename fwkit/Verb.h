@@ -13,6 +13,7 @@ struct Verb
     QString name;
     QString summary;   ///< one sentence
     QString arguments; ///< the positional ones, as in a line of usage
+    /// All but --help and --json, which every verb has.
     void (*addOptions)(QCommandLineParser& parser);
     /// Returns the exit status; throws UsageError.
     Status (*run)(const QCommandLineParser& parser);
@@ -22,3 +23,5 @@ Verb CertifyVerb();
 Verb PackVerb();
 Verb VerifyVerb();
 Verb CheckVerb();
+Verb ListVerb();
+Verb DevicesVerb();

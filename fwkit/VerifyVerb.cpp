@@ -11,16 +11,26 @@ namespace {
 
 Status Run(const QCommandLineParser& parser)
 {
-    const Selection selection = SelectDevices(Required(parser, "catalogue"), parser.value("device"));
+    Require(parser, {"catalogue"}, "FILE.zip");
     if (parser.positionalArguments().size() != 1)
         throw UsageError(Kit::tr("name one archive"));
+    const bool isJson = parser.isSet("json");
+    const bool isQuiet = parser.isSet("quiet");
+    const Selection selection = SelectDevices(parser.value("catalogue"), parser.value("device"));
+    if (selection.note && !isJson && !isQuiet)
+        Warn("verify", Kit::tr("note: %1").arg(LineOf(*selection.note)));
     const QString archive = parser.positionalArguments().first();
     Judgement judgement;
     {
-        Progress progress;
+        Progress progress(!isQuiet);
         judgement = JudgeArchive(archive, archive, selection.devices, progress);
     }
-    Print(parser.isSet("json") ? JsonText(JsonOf(judgement, archive)) : TextOf(judgement, archive));
+    if (selection.note && isJson)
+        judgement.notes.prepend(*selection.note);
+    if (isJson)
+        Print(JsonText(JsonOf(judgement, archive)));
+    else
+        Print(isQuiet ? LinesOf(judgement.findings) : TextOf(judgement, archive) + ServedLines(judgement, archive));
     return judgement.findings.isEmpty() ? Fine : HasFindings;
 }
 
@@ -35,7 +45,7 @@ Verb VerifyVerb()
         [](QCommandLineParser& parser) {
             AddCatalogueOption(parser);
             AddDeviceOption(parser);
-            AddJsonOption(parser);
+            AddQuietOption(parser);
         },
         Run};
 }

@@ -1,14 +1,18 @@
+#include "Options.h"
 #include "Report.h"
+#include "Spelling.h"
 #include "Verb.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QLocale>
+#include <QStringDecoder>
 #include <QTranslator>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -25,7 +29,12 @@ namespace {
 
 QList<Verb> Verbs()
 {
-    return {CertifyVerb(), PackVerb(), VerifyVerb(), CheckVerb()};
+    return {CertifyVerb(), PackVerb(), VerifyVerb(), CheckVerb(), ListVerb(), DevicesVerb()};
+}
+
+QString StatusHelp()
+{
+    return Kit::tr("\nExit status: 0 fine, 1 findings, 2 misuse or files that cannot be used.\n");
 }
 
 QString ProgramHelp()
@@ -35,47 +44,82 @@ QString ProgramHelp()
                 "by the rules of the panel itself.\n\nVerbs:\n");
     for (const Verb& verb : Verbs())
         text += "  " + verb.name.leftJustified(9) + verb.summary + '\n';
-    return text
-           + Kit::tr("\nfwkit VERB --help tells more; fwkit --version tells the version.\n"
-                     "Exit status: 0 fine, 1 findings, 2 misuse or files that cannot be used.\n");
+    return text + Kit::tr("\nfwkit help VERB tells more; fwkit --version tells the version.\n") + StatusHelp();
 }
 
-QString VerbHelp(const Verb& verb, const QCommandLineParser& parser)
+void AddOptions(const Verb& verb, QCommandLineParser& parser)
 {
+    parser.setApplicationDescription(verb.summary);
+    verb.addOptions(parser);
+    AddJsonOption(parser);
+    parser.addOption({{"h", "help"}, Kit::tr("This text.")});
+}
+
+QString VerbHelp(const Verb& verb)
+{
+    QCommandLineParser parser;
+    AddOptions(verb, parser);
     const QString text = parser.helpText();
     // Qt's line of usage names neither the verb nor its arguments.
     return Kit::tr("Usage: fwkit ") + verb.name + ' ' + Kit::tr("[options] ") + verb.arguments
-           + text.mid(text.indexOf('\n'));
+           + text.mid(text.indexOf('\n')) + StatusHelp();
 }
 
 Status RunVerb(const Verb& verb, const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(verb.summary);
-    parser.addOption({{"h", "help"}, Kit::tr("This text.")});
-    verb.addOptions(parser);
+    AddOptions(verb, parser);
     if (!parser.parse(arguments))
         throw UsageError(Kit::tr("%1 See fwkit %2 --help.").arg(parser.errorText(), verb.name));
-    if (!parser.isSet("help"))
-        return verb.run(parser);
-    Print(VerbHelp(verb, parser));
+    if (parser.isSet("help")) {
+        Print(VerbHelp(verb));
+        return Fine;
+    }
+    RefuseRepeated(parser);
+    return verb.run(parser);
+}
+
+/// The verb of that name; nothing when there is none.
+std::optional<Verb> FindVerb(const QString& name)
+{
+    const QList<Verb> verbs = Verbs();
+    const auto verb = std::find_if(verbs.begin(), verbs.end(), [&](const Verb& one) { return one.name == name; });
+    return verb == verbs.end() ? std::nullopt : std::optional(*verb);
+}
+
+[[noreturn]] void RefuseVerb(const QString& name)
+{
+    if (name.isEmpty())
+        throw UsageError(Kit::tr("no verb; see fwkit --help"));
+    QStringList names{"help"};
+    for (const Verb& verb : Verbs())
+        names.append(verb.name);
+    const QString nearest = Nearest(name, names);
+    throw UsageError(nearest.isEmpty() ? Kit::tr("%1: no such verb; see fwkit --help").arg(name)
+                                       : Kit::tr("%1: no such verb; did you mean %2?").arg(name, nearest));
+}
+
+/// `arguments`: as parsers take them, the program's name first, then what follows the verb.
+Status Help(const QStringList& arguments)
+{
+    const QString name = arguments.value(1);
+    const std::optional<Verb> verb = FindVerb(name);
+    if (!verb && !name.isEmpty())
+        RefuseVerb(name);
+    Print(verb ? VerbHelp(*verb) : ProgramHelp());
     return Fine;
 }
 
 /// `name`: the verb, or what stands in its place.
 Status Run(const QString& name, const QStringList& arguments)
 {
-    const QList<Verb> verbs = Verbs();
-    const auto verb = std::find_if(verbs.begin(), verbs.end(), [&](const Verb& one) { return one.name == name; });
-    if (verb != verbs.end())
+    if (const std::optional<Verb> verb = FindVerb(name))
         return RunVerb(*verb, arguments);
-    if (name == "--help" || name == "-h")
-        Print(ProgramHelp());
-    else if (name == "--version")
-        Print("fwkit " FWKIT_VERSION "\n");
-    else
-        throw UsageError(name.isEmpty() ? Kit::tr("no verb; see fwkit --help")
-                                        : Kit::tr("%1: no such verb; see fwkit --help").arg(name));
+    if (name == "help" || name == "--help" || name == "-h")
+        return Help(arguments);
+    if (name != "--version" && name != "-V")
+        RefuseVerb(name);
+    Print("fwkit " FWKIT_VERSION "\n");
     return Fine;
 }
 
@@ -88,8 +132,19 @@ void Hush(QtMsgType type, const QMessageLogContext&, const QString& text)
 
 void Complain(const QString& name, const QString& why)
 {
-    const QString line = "fwkit" + (name.isEmpty() ? name : ' ' + name) + ": " + why;
+    const QString line = (FindVerb(name) ? "fwkit " + name : QString("fwkit")) + ": " + why;
     std::fputs((Printable(line) + '\n').toUtf8().constData(), stderr);
+}
+
+/// Throws UsageError for an argument whose bytes are lost in a QString: the file would not be found by it.
+void RefuseUnreadable(int count, char* arguments[])
+{
+    for (int i = 1; i < count; ++i) {
+        QStringDecoder utf8(QStringDecoder::Utf8);
+        const QString text = utf8(arguments[i]);
+        if (utf8.hasError())
+            throw UsageError(Kit::tr("%1: this name is no UTF-8, and archives hold no other; rename it").arg(text));
+    }
 }
 
 } // namespace
@@ -110,10 +165,10 @@ int main(int argc, char* argv[])
     if (arguments.size() > 1)
         arguments.removeAt(1);
     try {
+        RefuseUnreadable(argc, argv);
         const Status status = Run(name, arguments);
-        if (std::fflush(stdout) == 0 && !std::ferror(stdout))
-            return status;
-        Complain(name, Kit::tr("the output cannot be written; make room where it goes"));
+        RequireWritten(Kit::tr("the report cannot be written to standard output; make room where that goes"));
+        return status;
     } catch (const Error& error) {
         std::fflush(stdout);
         Complain(name, error.Text());

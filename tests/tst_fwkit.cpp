@@ -92,8 +92,9 @@ private slots:
             boxes.append(QString::number(box["times"].toInt()) + ' ' + box["title"].toString() + ' '
                          + box["text"].toString());
         QTEST(boxes, "boxes");
-        QCOMPARE(Kinds(told["findings"]) + Kinds(told["notes"]).replaceInStrings(QRegularExpression("^"), "note: "),
-                 findings);
+        QStringList notes = Kinds(told["notes"]);
+        QCOMPARE(notes.takeFirst(), "catalogue-findings");
+        QCOMPARE(Kinds(told["findings"]) + notes.replaceInStrings(QRegularExpression("^"), "note: "), findings);
         QCOMPARE(outcome.status, Kinds(told["findings"]).isEmpty() ? 0 : 1);
         QCOMPARE(outcome.err, "");
         QCOMPARE(Listing(folder), QStringList({archive, "updater.json"}));
@@ -126,6 +127,95 @@ private slots:
         QVERIFY(!outcome.out.contains('\x1b'));
     }
 
+    void Answers_data()
+    {
+        const Table<QStringList, int, QString, QString> row("arguments", "status", "out", "err");
+        const QStringList good{"-c", "@/good.json", "@/a.zip"};
+        const QString served = "@/a.zip -> П (7): 2 of 3 modules served.\n";
+        row("verify", QStringList{"verify"} + good, 0, served, "");
+        row("verify quietly", QStringList{"verify", "-q"} + good, 0, "", "");
+        row("findings quietly", {"verify", "-q", "-c", "@/good.json", "@/b.zip"}, 1, "@/b.zip: x: No module", "");
+        row("faulty catalogue", {"verify", "-c", "@/updater.json", "@/a.zip"}, 0, "П (7): 2 of 6 modules served.\n",
+            "fwkit verify: note: @/updater.json: The catalogue itself has findings: 3; see what \"fwkit check "
+            "@/updater.json\" says\n");
+        row("pack", {"pack", "-c", "@/good.json", "-d7", "-o", "@/c.zip", "@/in"}, 0,
+            "@/c.zip -> П (7): 1 of 3 modules served.\n", "");
+        row("pack for a script", {"pack", "-j", "-c", "@/good.json", "-d7", "-o", "@/firmware/c.zip", "@/in"}, 0,
+            "\"kind\": \"firmware-in-folder\"", "");
+        row("certify for a script", {"certify", "-j", "@/in"}, 0, "\"result\": \"new\"", "");
+        row("certify finds for a script", {"certify", "-j", "@/firmware"}, 1, "\"kind\": \"empty-file\"", "");
+        row("certify quietly", {"certify", "-q", "@/in"}, 0, "", "");
+        row("certify finds quietly", {"certify", "-q", "@/in", "@/firmware"}, 1, "",
+            "certify: @/firmware/x: It is empty");
+        row("list", {"list", "@/a.zip"}, 0,
+            "FILE               SIZE  VERSION  CERTIFICATE\n"
+            "fw_7_1_0_v2.0.bin  5     2.0      matches\n"
+            "view/prog          4     1.5      matches\n"
+            "view/prog.ver      3     -        matches\n"
+            "view/lib/l.so      1     -        matches\n"
+            "\n@/a.zip: 4 of 4 files have a certificate that matches.\n",
+            "");
+        row("list certificates", {"list", "@/b.zip"}, 0,
+            "x     2     -        missing\ny     1     -        different\nz     1     -        damaged\n", "");
+        row("list names", {"list", "--quiet", "@/b.zip"}, 0, "x\ny\nz\n", "");
+        row("list for a script", {"list", "--json", "@/a.zip"}, 0, "\"version\": \"1.5\"", "");
+        row("list no archive", {"list", "@/good.json"}, 2, "", "fwkit list: @/good.json: no zip archive, damaged");
+        row("devices", {"devices", "@/good.json"}, 0, "IdDev  NAME  MODULES\n7      П     Один, Два, П1\n", "");
+        row("numbers of devices", {"devices", "-q", "@/good.json"}, 0, "7\n", "");
+        row("check quietly", {"check", "-q", "@/good.json"}, 0, "", "");
+        row("check goes on", {"check", "@/x.json", "@/good.json"}, 2, "@/good.json: fine, devices: 1, modules: 3\n",
+            "fwkit check: @/x.json: cannot be read");
+        row("help", {"help", "list"}, 0, "Exit status: 0 fine, 1 findings, 2 misuse", "");
+        row("version", {"-V"}, 0, "fwkit 1.", "");
+    }
+    void Answers()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        const QTemporaryDir folder;
+        WriteCatalogue(folder);
+        testdata::WriteCatalogue(folder.filePath("good.json"), {GoodDevice()});
+        testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
+        testdata::WriteZip(folder.filePath("b.zip"), {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"z", "1"}});
+        QByteArray zip = testdata::ReadFile(folder.filePath("b.zip"));
+        zip[zip.lastIndexOf("PK\1\2") + 8] = '\1'; // encrypted, as it says
+        testdata::WriteFile(folder.filePath("b.zip"), zip);
+        WriteFiles(folder, {{"in/fw_7_1_0_v2.0.bin", "x"}, {"firmware/x", ""}});
+        const Outcome outcome = Run(folder, arguments);
+        QCOMPARE(outcome.status, status);
+        for (const auto& [told, expected] : {std::pair(outcome.out, out), std::pair(outcome.err, err)}) {
+            const QString text = QString(expected).replace("@", folder.path());
+            QVERIFY2(text.isEmpty() ? told.isEmpty() : told.contains(text), qPrintable(told));
+        }
+    }
+
+    void CompletionOffers_data()
+    {
+        const Table<QString, QString> row("line", "offered");
+        row("numbers of the catalogue named", "fwkit pack --catalogue updater.json -d ''", "7");
+        row("no catalogue", "fwkit pack --device ''", "");
+        row("nothing that is being made", "fwkit verify -c updater.json ''", "a.zip");
+    }
+    void CompletionOffers()
+    {
+        QFETCH(QString, line);
+        const QTemporaryDir folder;
+        WriteCatalogue(folder);
+        WriteFiles(folder, {{"a.zip", ""}, {".fwkit-a1b2c3/archive.zip", ""}});
+        QFile::link(FWKIT_PROGRAM, folder.filePath("fwkit"));
+        QProcess bash;
+        bash.setWorkingDirectory(folder.path());
+        bash.start("bash",
+                   {"-c",
+                    "source \"$0\"; PATH=.:$PATH; eval \"COMP_WORDS=($1)\"; COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
+                    "_fwkit; echo -n \"${COMPREPLY[@]}\"",
+                    QFINDTESTDATA("../fwkit/fwkit.bash-completion"), line});
+        QVERIFY(bash.waitForFinished());
+        QTEST(QString(bash.readAllStandardOutput()), "offered");
+    }
+
     void ManyEntries()
     {
         const QTemporaryDir folder;
@@ -143,7 +233,7 @@ private slots:
     void CompletionKnowsTheOptions_data()
     {
         const Table<QString, QStringList> row("function", "words");
-        for (const char* verb : {"certify", "pack", "verify"})
+        for (const char* verb : {"certify", "pack", "verify", "check", "list", "devices"})
             row(verb, "_fwkit", {FWKIT_PROGRAM, verb});
         row("simulator", "_instrument_simulator", {SIMULATOR_PROGRAM});
     }

@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <fstream>
 #include <sys/stat.h>
 
 namespace {
@@ -69,7 +70,7 @@ private slots:
         const Outcome first = Run(folder, PackOrder + QStringList{"@/firmware/a.zip", "@/firmware"});
         QVERIFY2(first.status == 0, qPrintable(first.err));
         QCOMPARE(first.err.count("left out"), 2);
-        QVERIFY(first.err.contains("note: the folder's name contains \"firmware\""));
+        QVERIFY(first.err.contains("The folder's name contains \"firmware\""));
         const QByteArray zip = testdata::ReadFile(folder.filePath("firmware/a.zip"));
 
         // Later, elsewhere, with other inputs of the same content; the archive itself is none of them.
@@ -110,6 +111,9 @@ private slots:
             "");
         row("link out", image + testdata::Files{{"link", "in/view/link"}}, "@/in/view/link: a link out of the folder",
             "");
+        row("link to nothing", image + testdata::Files{{"dangling", "in/view/link"}},
+            "@/in/view/link: a link that leads nowhere", "");
+        row("name in other bytes", image + testdata::Files{{"bytes", ""}}, "@/in/\uFFFD: its name is no UTF-8", "");
         row("over the limit", image + testdata::Files{{"large", "in/view/large"}},
             "@/in/view/large: The panel unpacks no", "");
         row("by the panel's trial", image + testdata::Files{{"in/readme", "x"}}, "@/in/readme: No module takes it", "");
@@ -126,6 +130,10 @@ private slots:
             testdata::WriteFile(folder.filePath(name.startsWith("in/") ? name : "in/view/x.tmp"), content);
             if (name == "link")
                 QVERIFY(QFile::link(folder.filePath("updater.json"), folder.filePath(content)));
+            else if (name == "dangling")
+                QVERIFY(QFile::link(folder.filePath("nowhere"), folder.filePath(content)));
+            else if (name == "bytes")
+                std::ofstream(folder.filePath("in/").toStdString() + '\xFF') << 'x';
             else if (name == "large")
                 QVERIFY(QFile(folder.filePath(content)).open(QIODevice::WriteOnly)
                         && QFile::resize(folder.filePath(content), FirmwareArchive::LargestEntry + 1));
@@ -141,9 +149,9 @@ private slots:
     void FullDisk_data()
     {
         const Table<QStringList, int, QString> row("arguments", "limit", "line");
-        row("pack", PackOrder + QStringList{"@/a.zip", "--force", "@/in"}, 16, "pack: @/a.zip: cannot be written (");
+        row("pack", PackOrder + QStringList{"@/a.zip", "-qf", "@/in"}, 16, "pack: @/a.zip: cannot be written (");
         row("certify", {"certify", "@/in"}, 0, "certify: @/in/fw_7_1_0_v2.0.bin.sha256: cannot be written (");
-        row("verify", {"verify", "--catalogue", "@/updater.json", "@/b.zip"}, 16,
+        row("verify", {"verify", "-q", "--catalogue", "@/updater.json", "@/b.zip"}, 16,
             "verify: @/b.zip: cannot be unpacked in @ ");
     }
     void FullDisk()
@@ -224,22 +232,27 @@ private slots:
     void Misuse_data()
     {
         const Table<QStringList, QString> row("arguments", "line");
-        const QStringList pack{"pack", "--catalogue", "@/updater.json", "--device", "7"};
-        const QStringList verify{"verify", "--catalogue"};
+        const QStringList pack{"pack", "-q", "--catalogue", "@/updater.json", "--device", "7"};
+        const QStringList verify{"verify", "-q", "--catalogue"};
         row("no verb", {}, ": no verb");
-        row("unknown verb", {"x\x1b"}, " x\\u001b: x\\u001b: no such verb");
+        row("unknown verb", {"x\x1b"}, ": x\\u001b: no such verb; see");
+        row("misspelt verb", {"Verfy"}, ": Verfy: no such verb; did you mean verify?");
         row("unknown option", {"verify", "--x"}, " verify: Unknown option 'x'.");
-        row("no catalogue named", {"verify", "@/a.zip"}, " verify: --catalogue is missing");
+        row("no catalogue named", {"verify", "@/a.zip"}, " verify: missing: --catalogue; see --help");
+        row("nothing named", {"pack"}, " pack: missing: --catalogue, --device, --output, FILE|FOLDER...; see");
+        row("two devices", pack + QStringList{"-d", "8"}, " pack: --device is given more than once");
         row("no such catalogue", verify + QStringList{"@/x", "@/a.zip"}, " verify: @/x: cannot be read (No such");
         row("no device in it", verify + QStringList{"@/in/file", "@/a.zip"},
             " verify: @/in/file: the panel reads no device");
         row("no such device", verify + QStringList{"@/updater.json", "--device", "8", "x"},
-            " verify: @/updater.json: no device has IdDev 8; choose one of 7");
-        row("no archive", verify + QStringList{"@/updater.json"}, " verify: name one archive");
+            " verify: @/updater.json: no device has IdDev 8; choose one of 7 (П) with");
+        row("no archive", verify + QStringList{"@/updater.json"}, " verify: missing: FILE.zip");
         row("folder for an archive", verify + QStringList{"@/updater.json", "@/in"}, " verify: @/in: cannot be read (");
-        row("no output", pack + QStringList{"@/in"}, " pack: --output is missing");
-        row("no input", pack + QStringList{"--output", "@/a.zip"}, " pack: name the files");
+        row("no output", pack + QStringList{"@/in"}, " pack: missing: --output;");
+        row("no input", pack + QStringList{"--output", "@/a.zip"}, " pack: missing: FILE|FOLDER");
         row("missing input", pack + QStringList{"--output", "@/a.zip", "@/x"}, " pack: @/x: no such file or folder");
+        row("link to nothing", {"certify", "@/nowhere"}, " certify: @/nowhere: a link that leads nowhere");
+        row("pipe as input", pack + QStringList{"--output", "@/a.zip", "@/fifo"}, " pack: @/fifo: no regular file");
         row("nothing in it", pack + QStringList{"--output", "@/a.zip", "@/empty"}, " pack: the inputs hold no file");
         row("unreadable input", pack + QStringList{"--output", "@/a.zip", "/proc/self/mem"},
             " pack: /proc/self/mem: cannot");
@@ -264,6 +277,7 @@ private slots:
         WriteCatalogue(folder);
         WriteFiles(folder, {{"in/file", "{}"}, {"in/c.sha256", "x"}, {"in/linked", "x"}, {"target", "kept"}});
         QFile::link(folder.filePath("target"), folder.filePath("in/linked.sha256"));
+        QFile::link(folder.filePath("x"), folder.filePath("nowhere"));
         QDir(folder.path()).mkpath("empty");
         QCOMPARE(::mkfifo(qPrintable(folder.filePath("fifo")), 0600), 0);
         const Outcome outcome = Run(folder, arguments);

@@ -41,7 +41,7 @@ class Verb(unittest.TestCase):
             large = pathlib.Path(folder) / "large.json"
             large.write_bytes(b" " * (4 * 1024 * 1024 + 1))
             for arguments, named in (([], "updater.json"), (["missing.json"], "missing.json"), ([folder], folder),
-                                     ([large], "large.json"), ([GOOD, "missing.json"], "missing.json")):
+                                     ([large], "large.json"), ([b"bad\xff.json"], "no UTF-8")):
                 with self.subTest(named):
                     done = subprocess.run([FWKIT, "check", *arguments], capture_output=True, text=True)
                     self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1))

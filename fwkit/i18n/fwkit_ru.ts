@@ -528,14 +528,6 @@
         <translation>пропущен</translation>
     </message>
     <message>
-        <source>%1: no such file or folder; name what is to be certified</source>
-        <translation>%1: нет такого файла или папки; укажите, что сертифицировать</translation>
-    </message>
-    <message>
-        <source>name the files or folders to certify</source>
-        <translation>укажите файлы или папки</translation>
-    </message>
-    <message>
         <source>Certifying</source>
         <translation>Сертификаты</translation>
     </message>
@@ -570,10 +562,6 @@
     <message>
         <source>Tells what the panel would make of a catalogue.</source>
         <translation>Говорит, что панель сделает из каталога.</translation>
-    </message>
-    <message>
-        <source>Write one JSON object.</source>
-        <translation>Вывести один объект JSON.</translation>
     </message>
     <message>
         <source>%1: the folder cannot be listed; give yourself the right to read it</source>
@@ -656,10 +644,6 @@
         <translation>Пишет JSON для сценариев.</translation>
     </message>
     <message>
-        <source>--%1 is missing; it must be given</source>
-        <translation>нет --%1; этот ключ обязателен</translation>
-    </message>
-    <message>
         <source>%1: is no regular file; choose another --output</source>
         <translation>%1: не обычный файл; смените --output</translation>
     </message>
@@ -682,10 +666,6 @@
     <message>
         <source>%1: its folder takes no files (%2); choose another --output</source>
         <translation>%1: в его папку нельзя писать (%2); смените --output</translation>
-    </message>
-    <message>
-        <source>%1: no such file or folder; name what is to be packed</source>
-        <translation>%1: нет такого файла или папки; укажите, что упаковать</translation>
     </message>
     <message>
         <source>Its name has characters that not every system reads alike</source>
@@ -730,14 +710,6 @@
     <message>
         <source>the inputs hold no file to pack; name files or folders</source>
         <translation>среди указанного нет файлов для упаковки; укажите файлы или папки</translation>
-    </message>
-    <message>
-        <source>name the files or folders to pack</source>
-        <translation>укажите файлы или папки для упаковки</translation>
-    </message>
-    <message>
-        <source>note: the folder&apos;s name contains &quot;firmware&quot;; from a folder with such a name the panel does not make its extraction folder</source>
-        <translation>замечание: в имени папки есть «firmware»; для архива из такой папки панель не создаёт папку распаковки</translation>
     </message>
     <message>
         <source>%1: %2 files with their certificates.
@@ -796,16 +768,6 @@ Verbs:
 </translation>
     </message>
     <message>
-        <source>
-fwkit VERB --help tells more; fwkit --version tells the version.
-Exit status: 0 fine, 1 findings, 2 misuse or files that cannot be used.
-</source>
-        <translation>
-fwkit ДЕЙСТВИЕ --help расскажет больше; fwkit --version — версия.
-Код завершения: 0 всё в порядке, 1 есть находки, 2 неверный вызов или негодные файлы.
-</translation>
-    </message>
-    <message>
         <source>Usage: fwkit </source>
         <translation>Использование: fwkit </translation>
     </message>
@@ -830,8 +792,12 @@ fwkit ДЕЙСТВИЕ --help расскажет больше; fwkit --version �
         <translation>%1: нет такого действия; см. fwkit --help</translation>
     </message>
     <message>
-        <source>the output cannot be written; make room where it goes</source>
-        <translation>вывод не записывается; освободите место там, куда он идёт</translation>
+        <source>%1: no zip archive, damaged, or empty; name an archive</source>
+        <translation>%1: не архив zip, повреждён или пуст; укажите архив</translation>
+    </message>
+    <message>
+        <source>Reading</source>
+        <translation>Чтение</translation>
     </message>
     <message>
         <source>This is no UTF-8 (perhaps Windows-1251 or UTF-16): the panel takes the whole catalogue for empty and finds no instrument</source>
@@ -946,6 +912,144 @@ fwkit ДЕЙСТВИЕ --help расскажет больше; fwkit --version �
     <message>
         <source>Replaces an archive that is there already.</source>
         <translation>Заменяет архив, если он уже есть.</translation>
+    </message>
+    <message>
+        <source>%1: %2; name what is to be certified</source>
+        <translation>%1: %2; укажите, что сертифицировать</translation>
+    </message>
+    <message>
+        <source>the certificates are written; only the report cannot be, to standard output: make room where that goes</source>
+        <translation>сертификаты записаны; только отчёт не записывается в стандартный вывод: освободите место там, куда он идёт</translation>
+    </message>
+    <message>
+        <source>NAME</source>
+        <translation>ИМЯ</translation>
+    </message>
+    <message>
+        <source>MODULES</source>
+        <translation>МОДУЛИ</translation>
+    </message>
+    <message>
+        <source>name one catalogue</source>
+        <translation>укажите один каталог</translation>
+    </message>
+    <message>
+        <source>Shows the instruments of a catalogue, by the IdDev that --device takes.</source>
+        <translation>Показывает приборы каталога с IdDev для ключа --device.</translation>
+    </message>
+    <message>
+        <source>Writes the numbers alone.</source>
+        <translation>Пишет только номера.</translation>
+    </message>
+    <message>
+        <source>a link that leads nowhere</source>
+        <translation>ссылка в никуда</translation>
+    </message>
+    <message>
+        <source>its name is no UTF-8</source>
+        <translation>имя не в UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file or folder</source>
+        <translation>нет такого файла или папки</translation>
+    </message>
+    <message>
+        <source>%1 of %2 modules served.</source>
+        <translation>модулей обеспечено: %1 из %2.</translation>
+    </message>
+    <message>
+        <source>damaged</source>
+        <translation>повреждён</translation>
+    </message>
+    <message>
+        <source>SIZE</source>
+        <translation>РАЗМЕР</translation>
+    </message>
+    <message>
+        <source>VERSION</source>
+        <translation>ВЕРСИЯ</translation>
+    </message>
+    <message>
+        <source>%1: %2 of %3 files have a certificate that matches.
+</source>
+        <translation>%1: файлов с верным сертификатом: %2 из %3.
+</translation>
+    </message>
+    <message>
+        <source>Shows the files of an archive without a catalogue: size, version, certificate.</source>
+        <translation>Показывает файлы архива без каталога: размер, версию, сертификат.</translation>
+    </message>
+    <message>
+        <source>Writes the names alone.</source>
+        <translation>Пишет только имена.</translation>
+    </message>
+    <message>
+        <source>Writes findings and errors only.</source>
+        <translation>Пишет только находки и ошибки.</translation>
+    </message>
+    <message>
+        <source>missing: %1; see --help</source>
+        <translation>не хватает: %1; см. --help</translation>
+    </message>
+    <message>
+        <source>%1 is given more than once; give it once</source>
+        <translation>%1 задан больше одного раза; задайте один раз</translation>
+    </message>
+    <message>
+        <source>%1: %2; name what is to be packed</source>
+        <translation>%1: %2; укажите, что упаковать</translation>
+    </message>
+    <message>
+        <source>The folder&apos;s name contains &quot;firmware&quot;: from a folder with such a name the panel does not make its extraction folder</source>
+        <translation>В имени папки есть «firmware»: для архива из такой папки панель не создаёт папку распаковки</translation>
+    </message>
+    <message>
+        <source>copy the archive to a folder with another name</source>
+        <translation>скопируйте архив в папку с другим именем</translation>
+    </message>
+    <message>
+        <source>note: %1</source>
+        <translation>замечание: %1</translation>
+    </message>
+    <message>
+        <source>%1: the archive is written; only the report cannot be, to standard output: make room where that goes</source>
+        <translation>%1: архив записан; только отчёт не записывается в стандартный вывод: освободите место там, куда он идёт</translation>
+    </message>
+    <message>
+        <source>The catalogue itself has findings: %1</source>
+        <translation>В самом каталоге есть замечания: %1</translation>
+    </message>
+    <message>
+        <source>see what &quot;fwkit check %1&quot; says</source>
+        <translation>посмотрите, что скажет «fwkit check %1»</translation>
+    </message>
+    <message>
+        <source>
+Exit status: 0 fine, 1 findings, 2 misuse or files that cannot be used.
+</source>
+        <translation>
+Код завершения: 0 всё в порядке, 1 есть находки, 2 неверный вызов или негодные файлы.
+</translation>
+    </message>
+    <message>
+        <source>
+fwkit help VERB tells more; fwkit --version tells the version.
+</source>
+        <translation>
+fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version — версия.
+</translation>
+    </message>
+    <message>
+        <source>%1: no such verb; did you mean %2?</source>
+        <translation>%1: нет такого действия; может быть, %2?</translation>
+    </message>
+    <message>
+        <source>%1: this name is no UTF-8, and archives hold no other; rename it</source>
+        <translation>%1: имя не в UTF-8, а других в архивах нет; переименуйте</translation>
+    </message>
+    <message>
+        <source>the report cannot be written to standard output; make room where that goes</source>
+        <translation>отчёт не записывается в стандартный вывод; освободите место там, куда он идёт</translation>
     </message>
 </context>
 <context>

@@ -77,6 +77,17 @@ inline void WriteCatalogue(const QTemporaryDir& folder)
                            testdata::Program("П4", "dot", "p.x")})});
 }
 
+/// Two boards and a program, with nothing for a check to find.
+inline TDeviceRecord GoodDevice()
+{
+    TDeviceRecord device =
+        testdata::Device("П", 7,
+                         {testdata::Board("Один", "T", "127.0.0.1", 1, 1, 0),
+                          testdata::Board("Два", "T", "127.0.0.1", 1, 2, 1), testdata::Program("П1", "view", "prog")});
+    device.Boards[0].Main = true;
+    return device;
+}
+
 inline testdata::Files Good()
 {
     return {{"fw_7_1_0_v2.0.bin", "image"}, {"view/prog", "code"}, {"view/prog.ver", "1.5"}, {"view/lib/l.so", "l"}};
