@@ -14,32 +14,37 @@ namespace {
 
 constexpr int MaxShown = 60;
 
+/// The first three as the member of a TCatalogueKey.
 enum class Type { Text, Number, Flag, List };
 
 struct Field
 {
-    CatalogueReader::Level level;
     const char* key;
     Type type;
 };
 
-constexpr Field Fields[] = {
-    {CatalogueReader::Catalogue, "DeviceVersion", Type::Number},
-    {CatalogueReader::Catalogue, "Devices", Type::List},
-    {CatalogueReader::Device, "Name", Type::Text},
-    {CatalogueReader::Device, "IdDev", Type::Number},
-    {CatalogueReader::Device, "Boards", Type::List},
-    {CatalogueReader::Board, "Name", Type::Text},
-    {CatalogueReader::Board, "Type", Type::Text},
-    {CatalogueReader::Board, "Main", Type::Flag},
-    {CatalogueReader::Board, "IdCPU", Type::Number},
-    {CatalogueReader::Board, "Ip", Type::Text},
-    {CatalogueReader::Board, "Port", Type::Number},
-    {CatalogueReader::Board, "MBAddr", Type::Number},
-    {CatalogueReader::Board, "Path", Type::Text},
-    {CatalogueReader::Board, "File", Type::Text},
-    {CatalogueReader::Board, "Folder", Type::Text},
-};
+template <typename Record, std::size_t Count>
+QList<Field> FieldsOf(const TCatalogueKey<Record> (&keys)[Count])
+{
+    QList<Field> fields;
+    for (const auto& [key, member] : keys)
+        fields.append({key, Type(member.index())});
+    return fields;
+}
+
+const QList<Field>& Fields(CatalogueReader::Level level)
+{
+    static const QList<Field> Top{{"DeviceVersion", Type::Number}, {"Devices", Type::List}};
+    static const QList<Field> Device = FieldsOf(DeviceKeys) + QList<Field>{{"Boards", Type::List}};
+    static const QList<Field> Board = FieldsOf(BoardKeys);
+    return level == CatalogueReader::Catalogue ? Top : level == CatalogueReader::Device ? Device : Board;
+}
+
+bool HasKey(CatalogueReader::Level level, const QString& key)
+{
+    const QList<Field>& fields = Fields(level);
+    return std::any_of(fields.begin(), fields.end(), [&](const Field& field) { return key == field.key; });
+}
 
 struct TypeTexts
 {
@@ -78,18 +83,17 @@ bool IsOfType(const QJsonObject& object, const QString& key, Type type)
 
 QString RemedyForKey(const QString& key, CatalogueReader::Level level)
 {
-    const QString homes[] = {Kit::tr("it belongs at the top"), Kit::tr("it belongs in a device"),
-                             Kit::tr("it belongs in a board")};
-    QString remedy = Kit::tr("remove it");
     QStringList known;
-    for (const Field& field : Fields) {
-        if (field.level == level)
-            known.append(field.key);
-        else if (key == field.key)
-            remedy = homes[field.level];
-    }
+    for (const Field& field : Fields(level))
+        known.append(field.key);
     const QString nearest = Nearest(key, known);
-    return nearest.isEmpty() ? remedy : Kit::tr("write \"%1\"").arg(nearest);
+    if (!nearest.isEmpty())
+        return Kit::tr("write \"%1\"").arg(nearest);
+    if (HasKey(CatalogueReader::Board, key))
+        return Kit::tr("it belongs in a board");
+    if (HasKey(CatalogueReader::Device, key))
+        return Kit::tr("it belongs in a device");
+    return HasKey(CatalogueReader::Catalogue, key) ? Kit::tr("it belongs at the top") : Kit::tr("remove it");
 }
 
 /// What is behind the fault at `offset`, as its remedy needs it.
@@ -167,10 +171,8 @@ void CatalogueReader::CheckKeys(JsonSpot& spot, Level level)
 {
     for (const JsonMember& member : JsonMembers(m_text, spot.offset)) {
         const QString path = Join(spot.path, member.key);
-        const auto isThis = [&](const Field& field) { return field.level == level && member.key == field.key; };
         // Editors find the schema by this key.
-        const bool isKnown = std::any_of(std::begin(Fields), std::end(Fields), isThis)
-                             || (level == Catalogue && member.key == "$schema");
+        const bool isKnown = HasKey(level, member.key) || (level == Catalogue && member.key == "$schema");
         if (!isKnown)
             Add(member.keyOffset, path, "unknown-key", {Shortened(member.key)}, RemedyForKey(member.key, level));
         if (spot.values.contains(member.key))
@@ -181,9 +183,9 @@ void CatalogueReader::CheckKeys(JsonSpot& spot, Level level)
 
 void CatalogueReader::CheckTypes(JsonSpot& spot, Level level)
 {
-    for (const Field& field : Fields) {
+    for (const Field& field : Fields(level)) {
         const QString key = field.key;
-        if (field.level != level || !spot.values.contains(key) || IsOfType(spot.object, key, field.type))
+        if (!spot.values.contains(key) || IsOfType(spot.object, key, field.type))
             continue;
         const QByteArray list = QJsonDocument(QJsonArray{spot.object.value(key)}).toJson(QJsonDocument::Compact);
         const QString value = Shortened(QString::fromUtf8(list.mid(1, list.size() - 2)));

@@ -13,6 +13,23 @@
 
 namespace testdata {
 
+namespace {
+
+/// A text that is empty stands for a key that is not there: a "Path" makes a program of a board.
+template <typename Record, std::size_t Count>
+QJsonObject ObjectOf(const Record& record, const TCatalogueKey<Record> (&keys)[Count])
+{
+    QJsonObject object;
+    for (const auto& [key, member] : keys) {
+        const QJsonValue value = std::visit([&](auto field) { return QJsonValue(record.*field); }, member);
+        if (value != QString())
+            object[key] = value;
+    }
+    return object;
+}
+
+} // namespace
+
 int FreePort(const QString& ip)
 {
     QTcpServer server;
@@ -60,24 +77,11 @@ void WriteCatalogue(const QString& path, const QList<TDeviceRecord>& devices)
     QJsonArray list;
     for (const TDeviceRecord& device : devices) {
         QJsonArray boards;
-        for (int b = 0; b < device.BoardCount; ++b) {
-            const TBoardRecord& board = device.Boards[b];
-            QJsonObject object{{"Name", board.Name}};
-            if (board.IsProgram()) {
-                object["Path"] = board.Path;
-                object["Folder"] = board.Folder;
-                object["File"] = board.File;
-            } else {
-                object["Type"] = board.Type;
-                object["Main"] = board.Main;
-                object["IdCPU"] = board.IdCPU;
-                object["Ip"] = board.Ip;
-                object["Port"] = board.Port;
-                object["MBAddr"] = board.MBAddr;
-            }
-            boards.append(object);
-        }
-        list.append(QJsonObject{{"Name", device.Name}, {"IdDev", device.IdDev}, {"Boards", boards}});
+        for (int b = 0; b < device.BoardCount; ++b)
+            boards.append(ObjectOf(device.Boards[b], BoardKeys));
+        QJsonObject object = ObjectOf(device, DeviceKeys);
+        object["Boards"] = boards;
+        list.append(object);
     }
     WriteFile(path, QJsonDocument(QJsonObject{{"DeviceVersion", 200}, {"Devices", list}}).toJson());
 }

@@ -1,11 +1,13 @@
 // The desk's judgement of a catalogue: a fault that it passes by, or tells at the wrong place, is found on site.
 
+#include "AppConfig.h"
 #include "CatalogueCheck.h"
 #include "CatalogueWords.h"
 #include "Table.h"
 
 #include <QFile>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 class TestCatalogueCheck : public QObject
 {
@@ -157,6 +159,32 @@ private slots:
     {
         const QStringList kinds = CatalogueKinds();
         QCOMPARE(m_shown, QSet<QString>(kinds.begin(), kinds.end()));
+    }
+
+    void SchemaHasTheKeys()
+    {
+        QFile file(QFINDTESTDATA("../docs/updater.schema.json"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonObject records = QJsonDocument::fromJson(file.readAll())["$defs"].toObject();
+        const auto described = [&](const char* record) {
+            QStringList keys;
+            const QJsonObject properties = records[record]["properties"].toObject();
+            for (auto it = properties.begin(); it != properties.end(); ++it) {
+                const QJsonObject property = it.value().toObject();
+                const QJsonValue type = property.value(property.contains("$ref") ? "$ref" : "type");
+                keys.append(it.key() + ' ' + (type.isArray() ? type[0] : type).toString());
+            }
+            return keys;
+        };
+        const auto read = [](const auto& keys) {
+            QStringList list;
+            for (const auto& [key, member] : keys)
+                list.append(key + QStringList{" string", " #/$defs/number", " boolean"}[qsizetype(member.index())]);
+            list.sort();
+            return list;
+        };
+        QCOMPARE(described("module"), read(BoardKeys));
+        QCOMPARE(QStringList("Boards array") + read(DeviceKeys), described("device"));
     }
 
     void RemedyForAKey_data()

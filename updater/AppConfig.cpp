@@ -8,30 +8,37 @@ TAppConfigStruct g_appConfig;
 
 namespace {
 
-void ReadBoard(const QJsonObject& obj, TBoardRecord& board)
+void ReadValue(const QJsonObject& obj, const char* key, QString& value)
 {
-    board.Name = JsonString(obj, "Name");
-    board.Type = JsonString(obj, "Type");
-    board.Main = JsonBool(obj, "Main");
-    board.IdCPU = JsonInt(obj, "IdCPU");
-    board.Ip = JsonString(obj, "Ip");
-    board.Port = JsonInt(obj, "Port");
-    board.MBAddr = JsonInt(obj, "MBAddr");
-    board.Path = JsonString(obj, "Path");
-    board.File = JsonString(obj, "File");
-    board.Folder = JsonString(obj, "Folder");
+    value = JsonString(obj, key);
+}
+
+void ReadValue(const QJsonObject& obj, const char* key, int& value)
+{
+    value = JsonInt(obj, key);
+}
+
+void ReadValue(const QJsonObject& obj, const char* key, bool& value)
+{
+    value = JsonBool(obj, key);
+}
+
+template <typename Record, std::size_t Count>
+void ReadValues(const QJsonObject& obj, const TCatalogueKey<Record> (&keys)[Count], Record& record)
+{
+    for (const auto& [key, member] : keys)
+        std::visit([&obj, &record, key = key](auto field) { ReadValue(obj, key, record.*field); }, member);
 }
 
 void ReadDevice(const QJsonObject& obj, TDeviceRecord& device)
 {
-    device.Name = JsonString(obj, "Name");
-    device.IdDev = JsonInt(obj, "IdDev");
+    ReadValues(obj, DeviceKeys, device);
     if (!obj.value("Boards").isArray())
         return;
     const QJsonArray boards = obj.value("Boards").toArray();
     device.BoardCount = std::min(int(boards.size()), TDeviceRecord::MaxBoards);
     for (int b = 0; b < device.BoardCount; ++b)
-        ReadBoard(boards.at(b).toObject(), device.Boards[b]);
+        ReadValues(boards.at(b).toObject(), BoardKeys, device.Boards[b]);
 }
 
 } // namespace

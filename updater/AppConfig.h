@@ -3,6 +3,7 @@
 #include "SavedJSONParameters.h"
 
 #include <array>
+#include <variant>
 
 /// One module of an instrument: a board with its own firmware when Path is empty, a program of the
 /// panel computer otherwise.
@@ -47,6 +48,27 @@ public:
     void ReadFromJson(const QJsonObject& obj) override;
     /// Writes nothing: the catalogue belongs to its maker.
     void WriteToJson(QJsonObject& obj) override;
+};
+
+/// A key of a record's object in the catalogue, and the member that holds its value. The member's type says which JSON
+/// values count.
+template <typename Record>
+struct TCatalogueKey
+{
+    const char* Key;
+    std::variant<QString Record::*, int Record::*, bool Record::*> Member;
+};
+
+inline constexpr TCatalogueKey<TBoardRecord> BoardKeys[] = {
+    {"Name", &TBoardRecord::Name},     {"Type", &TBoardRecord::Type}, {"Main", &TBoardRecord::Main},
+    {"IdCPU", &TBoardRecord::IdCPU},   {"Ip", &TBoardRecord::Ip},     {"Port", &TBoardRecord::Port},
+    {"MBAddr", &TBoardRecord::MBAddr}, {"Path", &TBoardRecord::Path}, {"File", &TBoardRecord::File},
+    {"Folder", &TBoardRecord::Folder},
+};
+/// Besides them a device's object has the list "Boards", the catalogue's object the list "Devices".
+inline constexpr TCatalogueKey<TDeviceRecord> DeviceKeys[] = {
+    {"Name", &TDeviceRecord::Name},
+    {"IdDev", &TDeviceRecord::IdDev},
 };
 
 /// The one catalogue of the program, empty until the main window loads it.

@@ -80,12 +80,10 @@ inline void WriteCatalogue(const QTemporaryDir& folder)
 /// Two boards and a program, with nothing for a check to find.
 inline TDeviceRecord GoodDevice()
 {
-    TDeviceRecord device =
-        testdata::Device("П", 7,
-                         {testdata::Board("Один", "T", "127.0.0.1", 1, 1, 0),
-                          testdata::Board("Два", "T", "127.0.0.1", 1, 2, 1), testdata::Program("П1", "view", "prog")});
-    device.Boards[0].Main = true;
-    return device;
+    return testdata::Device("П", 7,
+                            {testdata::Board("Один", "T", "127.0.0.1", 1, 1, 0),
+                             testdata::Board("Два", "T", "127.0.0.1", 1, 2, 1),
+                             testdata::Program("П1", "view", "prog")});
 }
 
 inline testdata::Files Good()
