@@ -39,7 +39,7 @@ public:
     {
         if (!m_file.open(QIODevice::ReadOnly))
             throw UsageError(
-                Kit::tr("%1: cannot be read (%2); name a readable archive").arg(path, m_file.errorString()));
+                Kit::tr("%1: cannot be read (%2); name a readable archive").arg(path, WhyUnreadable(m_file)));
         for (const ArchiveEntry& entry : m_archive.Entries()) {
             if (entry.isFile)
                 m_entries.insert(entry.path, &entry);

@@ -47,7 +47,7 @@ void CheckAddress(CatalogueReader& reader, const Module& module)
 {
     const TBoardRecord& board = module.board;
     QHostAddress ip;
-    // The toolkit also takes shortened addresses such as "127.1".
+    // Qt also takes shortened addresses such as "127.1".
     if (!ip.setAddress(board.Ip) || ip.protocol() != QHostAddress::IPv4Protocol || ip.toString() != board.Ip)
         reader.Report(module.spot, "Ip", "bad-ip", {Shortened(board.Ip)});
     if (board.Port < 1 || board.Port > 65535)

@@ -27,7 +27,7 @@ QByteArray ReadText(const QString& path)
     if (file.open(QIODevice::ReadOnly | QIODevice::Text))
         text = file.read(MaxFileSize + 1);
     if (file.error() != QFile::NoError)
-        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable catalogue").arg(path, file.errorString()));
+        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable catalogue").arg(path, WhyUnreadable(file)));
     if (text.size() > MaxFileSize)
         throw UsageError(Kit::tr("%1: over %2 bytes; name a catalogue").arg(path, QString::number(MaxFileSize)));
     return text;

@@ -78,7 +78,7 @@ qsizetype JsonBegin(const QByteArray& text)
 
 qsizetype JsonFaultOffset(const QByteArray& text, const QJsonParseError& fault)
 {
-    // The toolkit stops at these mistakes, and behind the offending character at all others.
+    // Qt stops at these mistakes, and behind the offending character at all others.
     const bool isAt = fault.error == QJsonParseError::IllegalNumber || fault.error == QJsonParseError::IllegalUTF8String
                       || fault.error == QJsonParseError::GarbageAtEnd;
     return std::clamp<qsizetype>(fault.offset - (isAt || fault.offset >= text.size() ? 0 : 1), 0, text.size());

@@ -5,7 +5,7 @@
 #include <QList>
 #include <QString>
 
-/// Where things stand in a JSON text (RFC 8259): the toolkit's reader tells values, but not their places.
+/// Where things stand in a JSON text (RFC 8259): Qt's reader tells values, but not their places.
 
 /// One member of an object, or one element of a list (its key is empty).
 struct JsonMember
@@ -16,7 +16,7 @@ struct JsonMember
 };
 
 /// What the object or the list at `offset` consists of, in the text's order; nothing for any other value. The text
-/// must be one that the toolkit reads without an error.
+/// must be one that Qt reads without an error.
 QList<JsonMember> JsonMembers(const QByteArray& text, qsizetype offset);
 /// Offset of the first value of the text.
 qsizetype JsonBegin(const QByteArray& text);

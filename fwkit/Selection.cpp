@@ -28,7 +28,7 @@ Selection SelectDevices(const QString& path, const QString& id)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         throw UsageError(
-            Kit::tr("%1: cannot be read (%2); name the catalogue with --catalogue").arg(path, file.errorString()));
+            Kit::tr("%1: cannot be read (%2); name the catalogue with --catalogue").arg(path, WhyUnreadable(file)));
     const auto config = std::make_shared<TAppConfigStruct>();
     config->LoadFromFile(path);
     Selection selection{config, {}, AboutCatalogue(path, file.readAll())};

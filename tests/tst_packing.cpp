@@ -252,6 +252,7 @@ private slots:
         row("no input", pack + QStringList{"--output", "@/a.zip"}, " pack: missing: FILE|FOLDER");
         row("missing input", pack + QStringList{"--output", "@/a.zip", "@/x"}, " pack: @/x: no such file or folder");
         row("link to nothing", {"certify", "@/nowhere"}, " certify: @/nowhere: a link that leads nowhere");
+        row("catalogue behind no link", {"devices", "@/nowhere"}, " devices: @/nowhere: cannot be read (a link that");
         row("pipe as input", pack + QStringList{"--output", "@/a.zip", "@/fifo"}, " pack: @/fifo: no regular file");
         row("nothing in it", pack + QStringList{"--output", "@/a.zip", "@/empty"}, " pack: the inputs hold no file");
         row("unreadable input", pack + QStringList{"--output", "@/a.zip", "/proc/self/mem"},
