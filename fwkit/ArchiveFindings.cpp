@@ -1,5 +1,7 @@
 #include "ArchiveFindings.h"
+
 #include "Kit.h"
+#include "UnusedFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -23,16 +25,6 @@ bool IsPassedBy(const QString& path)
     const QStringList parts = path.split('/');
     return std::any_of(parts.begin(), parts.end(), [](const QString& part) { return part.startsWith('.'); })
            || std::any_of(parts.begin(), parts.end() - 1, IsNeverCopied);
-}
-
-bool FitsSomeRow(const QString& entry, const TDeviceRecord& device)
-{
-    for (int row = 0; row < device.BoardCount; ++row) {
-        const TBoardRecord& board = device.Boards.at(row);
-        if (EntryFits(entry, NamePrefix(FilePattern(device, board)), board))
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -169,7 +161,7 @@ void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardReco
                         Kit::tr("use a number with one point, or have the operator mark it by hand")});
 }
 
-void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks)
+void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks, const Selection& selection)
 {
     QSet<QString> used;
     QSet<QString> programFiles;
@@ -190,40 +182,16 @@ void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks)
             continue;
         const auto folder = std::find_if(folders.begin(), folders.end(),
                                          [&](const QString& start) { return entry.path.startsWith(start); });
-        if (folder == folders.end() || programFiles.contains(entry.path))
-            AboutUnused(entry.path, walks);
-        else if (IsPassedBy(entry.path.mid(folder->size())))
+        if (folder == folders.end() || programFiles.contains(entry.path)) {
+            // When only its certificate is to blame, that has been said.
+            if (const auto unused = WhyUnused(entry.path, selection))
+                Add(unused->kind, entry.path, unused->effect, unused->remedy);
+        } else if (IsPassedBy(entry.path.mid(folder->size()))) {
             Add("never-copied", entry.path,
                 Kit::tr("The update copies neither hidden files nor folders called base, firmware or update.old"),
                 Kit::tr("rename it, or leave it out"));
-    }
-}
-
-void ArchiveFindings::AboutUnused(const QString& entry, const QList<DeviceWalk>& walks)
-{
-    const char* kind = "nobody";
-    QString effect = Kit::tr("No module takes it");
-    QString remedy = Kit::tr("name it as the catalogue asks, or leave it out");
-    for (const DeviceWalk& walk : walks) {
-        // Its certificate is to blame, and that has been said.
-        if (FitsSomeRow(entry, *walk.device))
-            return;
-        for (int row = 0; row < walk.device->BoardCount; ++row) {
-            const TBoardRecord& board = walk.device->Boards.at(row);
-            if (board.IsProgram() && entry == ProgramEntry(board)) {
-                kind = "dotted-program";
-                effect = Kit::tr("The module \"%1\" takes nothing with a \".\" in its folder or name").arg(board.Name);
-                remedy = Kit::tr("change Folder and File in the catalogue");
-            }
-            if (board.IsProgram() || !entry.contains(NamePrefix(FilePattern(*walk.device, board))))
-                continue;
-            kind = "wrong-kind";
-            effect = Kit::tr("The module \"%1\" has the name but takes %2 only")
-                         .arg(board.Name, FilePattern(*walk.device, board));
-            remedy = Kit::tr("build the image for this processor");
         }
     }
-    Add(kind, entry, effect, remedy);
 }
 
 Finding Refused(const QString& name, const ArchiveEntry& culprit, bool isOutside)

@@ -34,7 +34,7 @@ public:
     /// Fights, wrong places, versions.
     void AboutModules(const DeviceWalk& walk);
     /// Files that no device's panel has a use for.
-    void AboutLeftOver(const QList<DeviceWalk>& walks);
+    void AboutLeftOver(const QList<DeviceWalk>& walks, const Selection& selection);
 
     const QList<Finding>& Findings() const { return m_findings; }
     const QList<Finding>& Notes() const { return m_notes; }
@@ -45,7 +45,6 @@ private:
     void AboutSharing(const DeviceWalk& walk);
     void AboutProgram(const TBoardRecord& board, const TakenFile& file);
     void AboutVersion(const TDeviceRecord& device, const TBoardRecord& board, const TakenFile& file);
-    void AboutUnused(const QString& entry, const QList<DeviceWalk>& walks);
 
     const QString& m_name;
     const QList<ArchiveEntry>& m_entries;

@@ -134,11 +134,11 @@ DeviceReport Report(const DeviceWalk& walk, const QList<ArchiveEntry>& entries, 
 }
 
 Judgement JudgeExtracted(const QList<ArchiveEntry>& entries, const QString& folder, const QString& name,
-                         const QList<const TDeviceRecord*>& devices, Progress& progress)
+                         const Selection& selection, Progress& progress)
 {
     PanelWalk panel(entries, folder, progress);
     QList<DeviceWalk> walks;
-    for (const TDeviceRecord* device : devices)
+    for (const TDeviceRecord* device : selection.devices)
         walks.append(panel.Walk(*device));
     EntryCertificates certificates;
     for (const ArchiveEntry& entry : entries) {
@@ -153,7 +153,7 @@ Judgement JudgeExtracted(const QList<ArchiveEntry>& entries, const QString& fold
         judgement.devices.append(Report(walk, entries, certificates));
         findings.AboutModules(walk);
     }
-    findings.AboutLeftOver(walks);
+    findings.AboutLeftOver(walks, selection);
     judgement.findings = findings.Findings();
     judgement.notes = findings.Notes();
     return judgement;
@@ -182,8 +182,7 @@ QList<Finding> AboutName(const QString& name)
 
 } // namespace
 
-Judgement JudgeArchive(const QString& path, const QString& name, const QList<const TDeviceRecord*>& devices,
-                       Progress& progress)
+Judgement JudgeArchive(const QString& path, const QString& name, const Selection& selection, Progress& progress)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -208,7 +207,7 @@ Judgement JudgeArchive(const QString& path, const QString& name, const QList<con
             throw UsageError(
                 Kit::tr("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there")
                     .arg(name, QDir::tempPath()));
-        judgement = JudgeExtracted(entries, folder, name, devices, progress);
+        judgement = JudgeExtracted(entries, folder, name, selection, progress);
     }
     judgement.findings = AboutName(name) + judgement.findings;
     return judgement;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "AppConfig.h"
 #include "Finding.h"
 #include "FirmwareFiles.h"
+#include "Selection.h"
 
 #include <QList>
 #include <QStringList>
@@ -46,7 +46,6 @@ struct Judgement
 /// Where the panel extracts archives; boxes name files below it.
 inline constexpr char PanelFolder[] = "/tmp/firmware";
 
-/// Takes the archive `path` as the panel of each device would, in a folder that is removed again. Findings call it
-/// `name`. Throws UsageError when that cannot be tried.
-Judgement JudgeArchive(const QString& path, const QString& name, const QList<const TDeviceRecord*>& devices,
-                       Progress& progress);
+/// Takes the archive `path` as the panel of each selected device would, in a folder that is removed again. Findings
+/// call it `name`. Throws UsageError when that cannot be tried.
+Judgement JudgeArchive(const QString& path, const QString& name, const Selection& selection, Progress& progress);

@@ -98,7 +98,7 @@ PackResult Pack(const PackOrder& order, Progress& progress)
 {
     const QString target = Target(order.output);
     RequireFree(order, target);
-    PackPlan plan = PlanPack(order.inputs, order.devices, target);
+    PackPlan plan = PlanPack(order.inputs, order.selection.devices, target);
     PackResult result{plan.findings, {}, plan.files.size(), plan.leftOut};
     const QList<ZipItem> items = Items(plan.files, result.findings, progress);
     if (!result.findings.isEmpty())
@@ -109,7 +109,7 @@ PackResult Pack(const PackOrder& order, Progress& progress)
                              .arg(order.output, beside.ErrorString()));
     const QString written = beside.FilePath("archive.zip");
     WriteZipFile(written, order.output, items, progress);
-    result.judgement = JudgeArchive(written, order.output, order.devices, progress);
+    result.judgement = JudgeArchive(written, order.output, order.selection, progress);
     result.findings = OfSources(result.judgement.findings, plan.files);
     Interruption::Check();
     if (result.findings.isEmpty()) {

@@ -7,7 +7,7 @@ class Progress;
 
 struct PackOrder
 {
-    QList<const TDeviceRecord*> devices;
+    Selection selection;
     QStringList inputs; ///< files and folders
     QString output;
     bool isReplacing = false; ///< the output may be there already

@@ -65,8 +65,7 @@ Status Run(const QCommandLineParser& parser)
     const bool isJson = parser.isSet("json");
     const bool isQuiet = parser.isSet("quiet");
     const Selection selection = SelectDevices(parser.value("catalogue"), parser.value("device"));
-    const PackOrder order{selection.devices, parser.positionalArguments(), parser.value("output"),
-                          parser.isSet("force")};
+    const PackOrder order{selection, parser.positionalArguments(), parser.value("output"), parser.isSet("force")};
     const QList<Finding> notes = NotesBefore(selection, order);
     for (const Finding& note : notes) {
         if (!isJson && !isQuiet)

@@ -23,7 +23,7 @@ Status Run(const QCommandLineParser& parser)
     Judgement judgement;
     {
         Progress progress(!isQuiet);
-        judgement = JudgeArchive(archive, archive, selection.devices, progress);
+        judgement = JudgeArchive(archive, archive, selection, progress);
     }
     if (selection.note && isJson)
         judgement.notes.prepend(*selection.note);

@@ -62,6 +62,10 @@ private slots:
         row("program with a dot", certified({{"dot/p.x", "x"}, {"dot/p.x.ver", "1"}}), {"dotted-program dot/p.x"}, {},
             "a.zip");
         row("wrong kind", certified({{"fw_7_1_0_v2.rpd", "x"}}), {"wrong-kind fw_7_1_0_v2.rpd"}, {}, "a.zip");
+        row("wrong case of the name", certified({{"Fw_7_1_0_V2.bin", "x"}, {"PROG", "x"}}),
+            {"wrong-case Fw_7_1_0_V2.bin", "wrong-case PROG"}, {}, "a.zip");
+        row("wrong case of the kind", certified({{"fw_7_1_0_v2.BIN", "x"}}), {"wrong-case fw_7_1_0_v2.BIN"}, {},
+            "a.zip");
         row("nobody's", certified({{"readme.txt", "x"}}), {"nobody readme.txt"}, {}, "a.zip");
         row("certificates alone", {{"a.sha256/fw_7_1_0_v2.0.bin", "x"}, {"b.sha256", "x"}},
             {"never-looked-at a.sha256/fw_7_1_0_v2.0.bin", "never-looked-at b.sha256"}, {}, "a.zip");
@@ -98,6 +102,35 @@ private slots:
         QCOMPARE(outcome.status, Kinds(told["findings"]).isEmpty() ? 0 : 1);
         QCOMPARE(outcome.err, "");
         QCOMPARE(Listing(folder), QStringList({archive, "updater.json"}));
+    }
+
+    void UnusedFilesAreExplained()
+    {
+        const QTemporaryDir folder;
+        const TBoardRecord board = testdata::Board("Один", "T", "127.0.0.1", 1, 1, 0);
+        testdata::WriteCatalogue(folder.filePath("updater.json"),
+                                 {testdata::Device("П", 7, {board, testdata::Program("П1", "view", "prog")}),
+                                  testdata::Device("Р", 8, {board, testdata::Program("П2", "deep", "tool")})});
+        WriteFiles(folder, {{"in/a/fw_8_1_0_v2.bin", "x"},
+                            {"in/fw_7_1_0_v2.BIN", "x"},
+                            {"in/fw_7_1_0_v2.hex", "x"},
+                            {"in/fw_7_1_0_v2.rpd", "x"},
+                            {"in/tool", "x"},
+                            {"in/view.txt", "x"}});
+        const Outcome outcome =
+            Run(folder, {"pack", "--catalogue", "@/updater.json", "--device", "7", "--output", "@/a.zip", "@/in"});
+        QString told = outcome.err;
+        told.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
+        const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
+        const QString only = "has the name but takes fw_7_1_0_v*.bin only; ";
+        QCOMPARE(told.split('\n').filter(": "),
+                 QStringList({"fw_7_1_0_v2.BIN: does not take it: upper and lower case count; rename it to "
+                              "fw_7_1_0_v2.bin",
+                              "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
+                              "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
+                              "a/fw_8_1_0_v2.bin: " + other + "--device", "tool: " + other + "--device",
+                              "view.txt: No module takes it; leave it out, or give it one of these names: "
+                              "fw_7_1_0_v*.bin (Один), view/prog (П1)"}));
     }
 
     void VerifyForPeople_data()

@@ -100,10 +100,6 @@
         <translation>Его не берёт ни один модуль</translation>
     </message>
     <message>
-        <source>name it as the catalogue asks, or leave it out</source>
-        <translation>назовите по каталогу или уберите</translation>
-    </message>
-    <message>
         <source>The module &quot;%1&quot; takes nothing with a &quot;.&quot; in its folder or name</source>
         <translation>Модуль «%1» не берёт ничего с «.» в папке или имени</translation>
     </message>
@@ -1050,6 +1046,30 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
     <message>
         <source>the report cannot be written to standard output; make room where that goes</source>
         <translation>отчёт не записывается в стандартный вывод; освободите место там, куда он идёт</translation>
+    </message>
+    <message>
+        <source>The module &quot;%1&quot; does not take it: upper and lower case count</source>
+        <translation>Модуль «%1» его не берёт: заглавные и строчные буквы различаются</translation>
+    </message>
+    <message>
+        <source>rename it to %1</source>
+        <translation>переименуйте в %1</translation>
+    </message>
+    <message>
+        <source>give the image itself, with the extension %1</source>
+        <translation>дайте сам образ, с расширением %1</translation>
+    </message>
+    <message>
+        <source>It is for another device, &quot;%1&quot; (IdDev %2)</source>
+        <translation>Он для другого прибора, «%1» (IdDev %2)</translation>
+    </message>
+    <message>
+        <source>leave it out, or choose that device with --device</source>
+        <translation>уберите его или выберите тот прибор ключом --device</translation>
+    </message>
+    <message>
+        <source>leave it out, or give it one of these names: %1</source>
+        <translation>уберите его или дайте ему одно из этих имён: %1</translation>
     </message>
 </context>
 <context>

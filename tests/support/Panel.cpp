@@ -147,7 +147,7 @@ void Panel::PackArchive(const testdata::Files& files)
         testdata::WriteFile(folder.filePath(name), content);
     Progress progress;
     const Selection selection = SelectDevices(Path("updater.json"), {});
-    const PackResult packed = Pack({selection.devices, {folder.path()}, Path("new.zip"), true}, progress);
+    const PackResult packed = Pack({selection, {folder.path()}, Path("new.zip"), true}, progress);
     if (!packed.findings.isEmpty())
         qFatal("%s", qPrintable(LineOf(packed.findings.first())));
 }

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Selection.h"
+
+#include <optional>
+
+/// Why no module takes a file of an archive, and what to do.
+struct Unused
+{
+    const char* kind; ///< of the finding
+    QString effect;
+    QString remedy;
+};
+
+/// Nothing when a module of the selected devices takes `entry`, given its certificate.
+std::optional<Unused> WhyUnused(const QString& entry, const Selection& selection);
