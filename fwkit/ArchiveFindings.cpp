@@ -1,10 +1,13 @@
 #include "ArchiveFindings.h"
 
+#include "Answers.h"
+#include "BoardAnswer.h"
 #include "Kit.h"
 #include "UnusedFile.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -27,11 +30,25 @@ bool IsPassedBy(const QString& path)
            || std::any_of(parts.begin(), parts.end() - 1, IsNeverCopied);
 }
 
+/// Whether a board can answer with `version`, so that the row is right after the update.
+bool CanBeAnswered(const QString& version, int idCpu)
+{
+    const QString answer = "VER " + version + ';';
+    return FitsAnswer(answer) && VersionIn(answer, idCpu) == version;
+}
+
 } // namespace
 
 QString ProgramEntry(const TBoardRecord& board)
 {
     return QDir::cleanPath(board.Folder + '/' + board.File);
+}
+
+QString VersionText(const QString& version)
+{
+    static const QRegularExpression LineBreak("[\r\n]");
+    const QString shown = version.section(LineBreak, 0, 0);
+    return shown == version ? version : Kit::tr("%1 (and a line break)").arg(shown);
 }
 
 ArchiveFindings::ArchiveFindings(const QString& name, const QList<ArchiveEntry>& entries,
@@ -106,6 +123,8 @@ void ArchiveFindings::AboutModules(const DeviceWalk& walk)
             continue;
         if (board.IsProgram())
             AboutProgram(board, taken.last());
+        if (taken.last().isEmpty)
+            AboutEmptiness(board, taken.last());
         AboutVersion(*walk.device, board, taken.last());
     }
 }
@@ -142,6 +161,16 @@ void ArchiveFindings::AboutProgram(const TBoardRecord& board, const TakenFile& f
             Kit::tr("change Folder in the catalogue"));
 }
 
+void ArchiveFindings::AboutEmptiness(const TBoardRecord& board, const TakenFile& file)
+{
+    Add("empty-file", file.entry,
+        board.IsProgram()
+            ? Kit::tr("It is empty: the update puts an empty program in the place of the module \"%1\"").arg(board.Name)
+            : Kit::tr("It is empty: the update passes by the module \"%1\" without a sign, and reports success")
+                  .arg(board.Name),
+        Kit::tr("copy it anew"));
+}
+
 void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardRecord& board, const TakenFile& file)
 {
     const QString prefix = NamePrefix(FilePattern(device, board));
@@ -151,14 +180,23 @@ void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardReco
             Kit::tr("The panel shows a box \"test\" and the version \"???\" for the module \"%1\"").arg(board.Name),
             Kit::tr("add its version as the file %1.ver").arg(file.entry));
     else if (!overZero.valid || (!board.IsProgram() && file.version != WrittenVersion(file.entry, prefix)))
-        Add("bad-version", file.entry, Kit::tr("The panel reads \"%1\" as its version").arg(file.version),
+        Add("bad-version", file.entry, Kit::tr("The panel reads \"%1\" as its version").arg(VersionText(file.version)),
             Kit::tr("write a version without \"_\", right in front of the extension or in the .ver file"));
+    else if (!board.IsProgram() && !CanBeAnswered(file.version, board.IdCPU))
+        Add("unanswerable-version", file.entry,
+            Kit::tr("No board can answer the version \"%1\": the module \"%2\" gets the red cross after every update")
+                .arg(file.version, board.Name),
+            Kit::tr("rename it: a version is one short word of Latin letters, digits and points"));
     else if (overZero.upToDate)
         m_notes.append({"uncounted-version", m_name, file.entry,
                         Kit::tr("The version %1 counts as no more than 0: the panel marks the module \"%2\" by itself "
                                 "over no version that is a number")
-                            .arg(file.version, board.Name),
+                            .arg(VersionText(file.version), board.Name),
                         Kit::tr("use a number with one point, or have the operator mark it by hand")});
+    if (VersionText(file.version) != file.version)
+        m_notes.append({"line-break", m_name, file.entry,
+                        Kit::tr("Its version has a line break, and the panel shows it with that"),
+                        Kit::tr("write %1.ver without it, as printf does and echo does not").arg(file.entry)});
 }
 
 void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks, const Selection& selection)

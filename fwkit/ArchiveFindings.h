@@ -9,6 +9,7 @@ struct TakenFile
 {
     QString entry;
     QString version;
+    bool isEmpty = false;
 };
 
 /// What came of offering an archive to one device's rows.
@@ -44,6 +45,7 @@ private:
     void AboutCertificate(const ArchiveEntry& entry, Certificate certificate, bool isLost);
     void AboutSharing(const DeviceWalk& walk);
     void AboutProgram(const TBoardRecord& board, const TakenFile& file);
+    void AboutEmptiness(const TBoardRecord& board, const TakenFile& file);
     void AboutVersion(const TDeviceRecord& device, const TBoardRecord& board, const TakenFile& file);
 
     const QString& m_name;
@@ -57,6 +59,9 @@ private:
 /// `isOutside`: its own path is the reason, not what else is in the archive.
 Finding Refused(const QString& name, const ArchiveEntry& culprit, bool isOutside);
 Finding NothingInside(const QString& name);
+
+/// A version for a table: what the panel shows behind a line break is told in words.
+QString VersionText(const QString& version);
 
 /// Where the update takes a program module's file from.
 QString ProgramEntry(const TBoardRecord& board);

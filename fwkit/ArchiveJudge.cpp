@@ -87,7 +87,8 @@ public:
                 if (step.box)
                     show(*step.box);
                 else
-                    walk.taken[row].append({step.entry, Version(device.Boards.at(row), step.entry, show)});
+                    walk.taken[row].append({step.entry, Version(device.Boards.at(row), step.entry, show),
+                                            QFileInfo(m_folder + '/' + step.entry).size() == 0});
             }
         }
         return walk;

@@ -2,6 +2,7 @@
 
 #include "Answers.h"
 #include "BinaryCommand.h"
+#include "BoardAnswer.h"
 #include "CatalogueReader.h"
 #include "FirmwareFiles.h"
 #include "Kit.h"
@@ -14,8 +15,6 @@
 
 namespace {
 
-/// Modbus leaves an answer 252 bytes of data (MODBUS Application Protocol, 4.1), and two of them are its length.
-constexpr int MaxAnswer = 250;
 /// The versions of so many processors fit one answer with seven characters each.
 constexpr int LastProcessor = 28;
 
@@ -35,11 +34,9 @@ void CheckType(CatalogueReader& reader, const Module& module)
 {
     const QString& type = module.board.Type;
     const QString answer = "DEVICETYPE " + type;
-    // The answer comes as one character per byte.
-    const bool isBytes = std::all_of(type.begin(), type.end(), [](QChar c) { return c.unicode() <= 0xFF; });
     if (type.isEmpty())
         reader.Report(module.spot, "Type", "empty-type");
-    else if (DeviceTypeIn(answer) != type || !isBytes || answer.size() > MaxAnswer)
+    else if (DeviceTypeIn(answer) != type || !FitsAnswer(answer))
         reader.Report(module.spot, "Type", "unmatchable-type");
 }
 

@@ -1,5 +1,6 @@
 #include "JudgementText.h"
 
+#include "ArchiveFindings.h"
 #include "Kit.h"
 #include "Report.h"
 
@@ -30,7 +31,7 @@ QString TableOf(const DeviceReport& device)
     QList<QStringList> rows{{Kit::tr("MODULE"), Kit::tr("FILE"), Kit::tr("NEW VERSION"), Kit::tr("CERTIFICATE")}};
     for (const ModuleReport& module : device.modules)
         rows.append({module.name, module.entry.isEmpty() ? "-" : module.entry,
-                     module.version.isEmpty() ? "-" : module.version, Kit::tr(Verdict(module))});
+                     module.version.isEmpty() ? "-" : VersionText(module.version), Kit::tr(Verdict(module))});
     return TableOf(rows);
 }
 

@@ -1,3 +1,4 @@
+#include "ArchiveFindings.h"
 #include "ArchiveList.h"
 #include "JudgementText.h"
 #include "Options.h"
@@ -29,7 +30,7 @@ QString AsText(const QList<ListedFile>& files, const QString& archive)
 {
     QList<QStringList> rows{{Kit::tr("FILE"), Kit::tr("SIZE"), Kit::tr("VERSION"), Kit::tr("CERTIFICATE")}};
     for (const ListedFile& file : files)
-        rows.append({file.path, QString::number(file.size), file.version.isEmpty() ? "-" : file.version,
+        rows.append({file.path, QString::number(file.size), file.version.isEmpty() ? "-" : VersionText(file.version),
                      Kit::tr(Verdict(file))});
     const auto matching = std::count_if(
         files.begin(), files.end(), [](const ListedFile& file) { return file.certificate == Certificate::Matches; });

@@ -59,6 +59,17 @@ private slots:
             "a.zip");
         row("empty version file", certified({{"view/prog", "x"}, {"view/prog.ver", ""}}), {"bad-version view/prog"}, {},
             "a.zip");
+        row("empty image", certified({{"fw_7_1_0_v2.0.bin", ""}}), {"empty-file fw_7_1_0_v2.0.bin"}, {}, "a.zip");
+        row("empty program", certified({{"view/prog", ""}, {"view/prog.ver", "1"}, {"view/lib/none", ""}}),
+            {"empty-file view/prog"}, {}, "a.zip");
+        row("version of two words", certified({{"fw_7_2_1_v1.5 (1).rpd", "x"}}),
+            {"unanswerable-version fw_7_2_1_v1.5 (1).rpd"}, {}, "a.zip");
+        row("version with a semicolon", certified({{"fw_7_1_0_v1;5.bin", "x"}}),
+            {"unanswerable-version fw_7_1_0_v1;5.bin"}, {}, "a.zip");
+        row("Cyrillic version", certified({{"fw_7_1_0_v2б.bin", "x"}}), {"unanswerable-version fw_7_1_0_v2б.bin"}, {},
+            "a.zip");
+        row("line break in a version", certified({{"view/prog", "x"}, {"view/prog.ver", "2.0\n"}}),
+            {"note: line-break view/prog"}, {}, "a.zip");
         row("program with a dot", certified({{"dot/p.x", "x"}, {"dot/p.x.ver", "1"}}), {"dotted-program dot/p.x"}, {},
             "a.zip");
         row("wrong kind", certified({{"fw_7_1_0_v2.rpd", "x"}}), {"wrong-kind fw_7_1_0_v2.rpd"}, {}, "a.zip");
@@ -137,11 +148,14 @@ private slots:
     {
         const Table<QByteArray, QStringList> row("locale", "lines");
         row("English", "C.UTF-8",
-            {"MODULE  FILE               NEW VERSION  CERTIFICATE", "Один    fw_7_1_0_v2.0.bin  2.0          matches",
-             "Два     -                  -", "П1      view/prog          -            missing",
+            {"MODULE  FILE               NEW VERSION             CERTIFICATE",
+             "Один    fw_7_1_0_v2.0.bin  2.0                     matches", "Два     -                  -",
+             "П1      view/prog          -                       missing",
+             "П3      base/kernel        2.0 (and a line break)  matches",
              "  6 x  [Внимание!] Не найден сертификат prog.sha256"});
         row("Russian", "ru_RU.UTF-8",
-            {"МОДУЛЬ  ФАЙЛ               НОВАЯ ВЕРСИЯ  СЕРТИФИКАТ", "Один    fw_7_1_0_v2.0.bin  2.0           верен"});
+            {"МОДУЛЬ  ФАЙЛ               НОВАЯ ВЕРСИЯ            СЕРТИФИКАТ",
+             "Один    fw_7_1_0_v2.0.bin  2.0                     верен"});
     }
     void VerifyForPeople()
     {
@@ -149,7 +163,8 @@ private slots:
         QFETCH(QStringList, lines);
         const QTemporaryDir folder;
         WriteCatalogue(folder);
-        testdata::Files files = testdata::WithCertificates({Good()[0]});
+        testdata::Files files =
+            testdata::WithCertificates({Good()[0], {"base/kernel", "x"}, {"base/kernel.ver", "2.0\n"}});
         files += testdata::Files{{"view/prog", "x"}, {"\x1b[31m.\xc2\x9b.bin", "x"}};
         testdata::WriteZip(folder.filePath("a.zip"), files);
         const Outcome outcome = Run(folder, {"verify", "--catalogue", "@/updater.json", "@/a.zip"}, -1, locale);

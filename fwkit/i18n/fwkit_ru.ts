@@ -1048,6 +1048,38 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <translation>отчёт не записывается в стандартный вывод; освободите место там, куда он идёт</translation>
     </message>
     <message>
+        <source>%1 (and a line break)</source>
+        <translation>%1 (и перевод строки)</translation>
+    </message>
+    <message>
+        <source>It is empty: the update puts an empty program in the place of the module &quot;%1&quot;</source>
+        <translation>Он пуст: обновление поставит на место модуля «%1» пустую программу</translation>
+    </message>
+    <message>
+        <source>It is empty: the update passes by the module &quot;%1&quot; without a sign, and reports success</source>
+        <translation>Он пуст: обновление молча пропустит модуль «%1» и сообщит об успехе</translation>
+    </message>
+    <message>
+        <source>copy it anew</source>
+        <translation>скопируйте его заново</translation>
+    </message>
+    <message>
+        <source>No board can answer the version &quot;%1&quot;: the module &quot;%2&quot; gets the red cross after every update</source>
+        <translation>Ни одна плата не может ответить версией «%1»: модуль «%2» после каждого обновления получит красный крест</translation>
+    </message>
+    <message>
+        <source>rename it: a version is one short word of Latin letters, digits and points</source>
+        <translation>переименуйте: версия — одно короткое слово из латинских букв, цифр и точек</translation>
+    </message>
+    <message>
+        <source>Its version has a line break, and the panel shows it with that</source>
+        <translation>В его версии есть перевод строки, и панель покажет её с ним</translation>
+    </message>
+    <message>
+        <source>write %1.ver without it, as printf does and echo does not</source>
+        <translation>запишите %1.ver без него: так делает printf, но не echo</translation>
+    </message>
+    <message>
         <source>The module &quot;%1&quot; does not take it: upper and lower case count</source>
         <translation>Модуль «%1» его не берёт: заглавные и строчные буквы различаются</translation>
     </message>
