@@ -43,9 +43,7 @@ void CheckType(CatalogueReader& reader, const Module& module)
 void CheckAddress(CatalogueReader& reader, const Module& module)
 {
     const TBoardRecord& board = module.board;
-    QHostAddress ip;
-    // Qt also takes shortened addresses such as "127.1".
-    if (!ip.setAddress(board.Ip) || ip.protocol() != QHostAddress::IPv4Protocol || ip.toString() != board.Ip)
+    if (!IsIPv4(board.Ip))
         reader.Report(module.spot, "Ip", "bad-ip", {Shortened(board.Ip)});
     if (board.Port < 1 || board.Port > 65535)
         reader.Report(module.spot, "Port", "bad-port", {QString::number(board.Port)});
@@ -233,6 +231,13 @@ void CheckBetweenModules(CatalogueReader& reader, const QList<Module>& modules)
 }
 
 } // namespace
+
+bool IsIPv4(const QString& ip)
+{
+    QHostAddress address;
+    // Qt also takes shortened addresses such as "127.1".
+    return address.setAddress(ip) && address.protocol() == QHostAddress::IPv4Protocol && address.toString() == ip;
+}
 
 CatalogueReport CheckCatalogue(const QString& file, const QByteArray& text)
 {

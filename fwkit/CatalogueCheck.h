@@ -17,6 +17,9 @@ struct CatalogueReport
     int modules = 0;
 };
 
+/// Whether it is four numbers 0..255 without leading zeros.
+bool IsIPv4(const QString& ip);
+
 /// Judges the text of a catalogue, read as the panel reads it; `file` is its name in the findings. Nothing in `text`
 /// is a failure: whatever it holds, the report says so.
 CatalogueReport CheckCatalogue(const QString& file, const QByteArray& text);

@@ -1,37 +1,20 @@
 #include "CatalogueCheck.h"
+#include "CatalogueText.h"
 #include "Options.h"
 #include "Report.h"
 #include "Verb.h"
 
 #include <QCommandLineParser>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 
 namespace {
-
-constexpr qint64 MaxFileSize = qint64(4) * 1024 * 1024;
 
 struct Judged
 {
     QString file;
     CatalogueReport report;
 };
-
-/// Throws UsageError.
-QByteArray ReadText(const QString& path)
-{
-    QFile file(path);
-    QByteArray text;
-    // As the panel opens it: line ends and places are then the same.
-    if (file.open(QIODevice::ReadOnly | QIODevice::Text))
-        text = file.read(MaxFileSize + 1);
-    if (file.error() != QFile::NoError)
-        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable catalogue").arg(path, WhyUnreadable(file)));
-    if (text.size() > MaxFileSize)
-        throw UsageError(Kit::tr("%1: over %2 bytes; name a catalogue").arg(path, QString::number(MaxFileSize)));
-    return text;
-}
 
 QString LinesOf(const Judged& judged)
 {
@@ -89,7 +72,7 @@ Status Run(const QCommandLineParser& parser)
     Status status = Fine;
     for (const QString& file : files) {
         try {
-            all.append({file, CheckCatalogue(file, ReadText(file))});
+            all.append({file, CheckCatalogue(file, ReadCatalogueText(file))});
         } catch (const UsageError& error) {
             // The others are worth their findings all the same.
             Warn("check", error.Text());
