@@ -11,7 +11,7 @@ constexpr qsizetype MaxImage = qsizetype(64) * 1024 * 1024;
 
 [[noreturn]] void Refuse(const QString& why)
 {
-    throw Frame::Refusal{Frame::IllegalDataValue, why};
+    throw Frame::Refusal(Frame::IllegalDataValue, why);
 }
 
 QString VersionOf(const QByteArray& image)
@@ -54,9 +54,9 @@ Board::Outcome Board::Handle(const QByteArray& pdu)
             return HandleText(Frame::Content(pdu));
         if (function == Frame::BinaryFunction)
             return HandleBinary(Frame::BinaryOf(Frame::Content(pdu)));
-        throw Frame::Refusal{Frame::IllegalFunction, QString::asprintf("no function 0x%02x", function)};
+        throw Frame::Refusal(Frame::IllegalFunction, QString::asprintf("no function 0x%02x", function));
     } catch (const Frame::Refusal& refusal) {
-        return {Frame::ExceptionPdu(function, refusal.code), refusal.why,
+        return {Frame::ExceptionPdu(function, refusal.code), refusal.Text(),
                 QString::asprintf(", refused with exception 0x%02x", refusal.code)};
     }
 }

@@ -1,80 +1,74 @@
 #include "Catalogue.h"
 
-#include <QFile>
-#include <QHostAddress>
-#include <QJsonDocument>
+#include "CatalogueCheck.h"
+#include "CatalogueText.h"
+#include "Selection.h"
+#include "UsageError.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr qint64 MaxFileSize = qint64(4) * 1024 * 1024;
 // With more processors the versions of a full device would not fit one answer.
 constexpr int MaxProcessor = 28;
 
-QJsonObject ReadObject(const QString& path)
+/// The key of the first value that cannot be played; empty when all can.
+QString UnplayableKey(const TBoardRecord& board)
 {
-    QFile file(path);
-    QByteArray text;
-    if (file.open(QIODevice::ReadOnly))
-        text = file.read(MaxFileSize + 1);
-    if (file.error() != QFile::NoError)
-        throw BadInput{"cannot be read (" + file.errorString() + "); name a readable catalogue"};
-    if (text.trimmed().isEmpty() || text.size() > MaxFileSize)
-        throw BadInput{QString("empty or over %1 bytes; name a catalogue").arg(MaxFileSize)};
-    QJsonParseError fault;
-    const QJsonDocument document = QJsonDocument::fromJson(text, &fault);
-    if (fault.error == QJsonParseError::NoError)
-        return document.object();
-    const QByteArray before = text.left(fault.offset);
-    const auto column = QString::fromUtf8(before.mid(before.lastIndexOf('\n') + 1)).size() + 1;
-    // "near": the toolkit stops at some mistakes and behind others.
-    throw BadInput{QString("near line %1, column %2: not JSON (").arg(before.count('\n') + 1).arg(column)
-                   + fault.errorString() + "); correct it there"};
+    if (!IsIPv4(board.Ip))
+        return "Ip";
+    if (board.Port < 1 || board.Port > 65535)
+        return "Port";
+    if (board.MBAddr != quint8(board.MBAddr))
+        return "MBAddr";
+    return board.IdCPU < 0 || board.IdCPU > MaxProcessor ? "IdCPU" : "";
 }
 
-void RequireWithin(const QString& key, int value, int lowest, int highest)
+[[noreturn]] void Refuse(const Finding& finding)
 {
-    if (value < lowest || value > highest)
-        throw BadInput{key + QString(" %1 is outside %2..%3; correct it").arg(value).arg(lowest).arg(highest)};
+    throw UsageError(finding.file + ':' + finding.place + ": " + finding.effect + "; " + finding.remedy);
 }
 
-void CheckBoard(const TBoardRecord& board)
+/// `board`: its path, as findings have it.
+[[noreturn]] void Refuse(const QString& file, const CatalogueReport& report, const QString& board, const QString& key)
 {
-    QHostAddress ip;
-    // The toolkit also takes shortened addresses such as "127.1", and reads "010" as 8.
-    if (!ip.setAddress(board.Ip) || ip.protocol() != QHostAddress::IPv4Protocol || ip.toString() != board.Ip)
-        throw BadInput{"Ip \"" + board.Ip + "\" is no IPv4 address; write four numbers 0..255 with dots"};
-    RequireWithin("Port", board.Port, 1, 65535);
-    RequireWithin("MBAddr", board.MBAddr, 0, 255);
-    RequireWithin("IdCPU", board.IdCPU, 0, MaxProcessor);
+    // What has a "File" but neither "Path" nor "Ip" has one finding for both.
+    for (const QString& path : {board + '.' + key, board + ".Path"}) {
+        for (const Finding& finding : report.findings) {
+            if (finding.place.endsWith(": " + path) && finding.kind != "duplicate-key")
+                Refuse(finding);
+        }
+    }
+    throw UsageError(QString("%1: %2.%3 cannot be played; see what \"fwkit check %1\" says").arg(file, board, key));
 }
 
 } // namespace
 
-TDeviceRecord LoadDevice(const QString& path, int index)
+Played LoadDevice(const QString& path, const QString& id)
 {
-    QString place = path + ": ";
-    try {
-        TAppConfigStruct catalogue;
-        catalogue.ReadFromJson(ReadObject(path));
-        if (catalogue.DeviceCount == 0)
-            throw BadInput{"no devices; the top level must be an object with a list \"Devices\""};
-        RequireWithin("--device", index, 0, catalogue.DeviceCount - 1);
-        const TDeviceRecord& device = catalogue.Devices[index];
-        bool hasFirmware = false;
-        for (int b = 0; b < device.BoardCount; ++b) {
-            place = path + QString(": device %1, board %2: ").arg(index).arg(b);
-            if (device.Boards[b].IsProgram())
-                continue;
-            CheckBoard(device.Boards[b]);
-            hasFirmware = true;
-        }
-        place = path + QString(": device %1: ").arg(index);
-        if (!hasFirmware)
-            throw BadInput{"no firmware modules; choose a device that has a board without \"Path\""};
-        return device;
-    } catch (const BadInput& bad) {
-        throw BadInput{place + bad.why};
+    const CatalogueReport report = CheckCatalogue(path, ReadCatalogueText(path));
+    // A text that is no catalogue at all has nothing else to be told of.
+    if (report.devices == 0 && report.findings.size() == 1)
+        Refuse(report.findings.first());
+    const Selection selection = SelectDevices(path, id);
+    const TDeviceRecord& device = *selection.devices.first();
+    const auto index = &device - selection.config->Devices.data();
+    bool hasFirmware = false;
+    for (int b = 0; b < device.BoardCount; ++b) {
+        if (device.Boards[b].IsProgram())
+            continue;
+        if (const QString key = UnplayableKey(device.Boards[b]); !key.isEmpty())
+            Refuse(path, report, QString("Devices[%1].Boards[%2]").arg(index).arg(b), key);
+        hasFirmware = true;
     }
+    if (!hasFirmware)
+        throw UsageError(
+            QString("%1: no firmware modules in the device with IdDev %2; choose with --device one that has "
+                    "a board without \"Path\"")
+                .arg(path)
+                .arg(device.IdDev));
+    const auto count = report.findings.size() + report.omitted;
+    if (count == 0)
+        return {device, {}};
+    return {device, QString("%1 has findings: %2; see what \"fwkit check %1\" says").arg(path).arg(count)};
 }

@@ -2,12 +2,13 @@
 
 #include "AppConfig.h"
 
-/// Thrown for options or a catalogue that cannot be used: one line that names place and remedy.
-struct BadInput
+/// What is played, and what is to be said of the catalogue that it comes from.
+struct Played
 {
-    QString why;
+    TDeviceRecord device;
+    QString note; ///< one line; empty when "fwkit check" has nothing to say
 };
 
-/// Device `index`, counted from 0, of the catalogue file, checked for all a simulation needs of it.
-/// Throws BadInput.
-TDeviceRecord LoadDevice(const QString& path, int index);
+/// The device with that IdDev, the catalogue's first for an empty `id`, checked for all a simulation needs of it.
+/// Throws UsageError.
+Played LoadDevice(const QString& path, const QString& id);

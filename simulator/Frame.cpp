@@ -16,7 +16,7 @@ constexpr int MaxContent = 250;
 void RequireSize(qsizetype expected, qsizetype came)
 {
     if (came != expected)
-        throw Refusal{IllegalDataValue, QString("%1 command bytes expected, %2 came").arg(expected).arg(came)};
+        throw Refusal(IllegalDataValue, QString("%1 command bytes expected, %2 came").arg(expected).arg(came));
 }
 
 } // namespace
@@ -62,7 +62,7 @@ QByteArray ContentPdu(Function function, const QByteArray& content)
 QByteArray Content(const QByteArray& pdu)
 {
     if (pdu.size() < 3)
-        throw Refusal{IllegalDataValue, "length word expected, none came"};
+        throw Refusal(IllegalDataValue, "length word expected, none came");
     RequireSize(qFromLittleEndian<quint16>(pdu.constData() + 1), pdu.size() - 3);
     return pdu.mid(3);
 }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Error.h"
+
 #include <QByteArray>
-#include <QString>
 
 /// The server's side of the wire. The header is big-endian (MODBUS Messaging on TCP/IP Implementation
 /// Guide); everything inside the two private functions is little-endian, as the boards have it.
@@ -18,11 +19,16 @@ enum Code : quint8 {
     TargetDoesNotRespond = 0x0B,
 };
 
-/// Thrown for a request that is answered with an exception code; `why` is one line for people.
-struct Refusal
+/// Thrown for a request that is answered with an exception code.
+class Refusal : public Error
 {
-    Code code;
-    QString why;
+public:
+    Refusal(Code code, const QString& why)
+        : Error(why)
+        , code(code)
+    {}
+
+    const Code code;
 };
 
 struct Request

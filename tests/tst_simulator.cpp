@@ -287,24 +287,30 @@ private slots:
             QTest::newRow(name) << QByteArray(board) << options << QByteArray(word);
         };
         const char* const good = "'Ip': '127.0.0.2', 'Port': TAKEN";
+        const QByteArray fine =
+            QByteArray(good) + ", 'Name': 'B', 'Type': 'T', 'Main': true, 'IdCPU': 28, 'MBAddr': 255";
         const QString file = "--catalogue|FILE";
         row("good", good, file + "|--fault|silent@1|--fault|close@2", "");
+        row("good, by number", fine, file + "|-d|7|--fault|silent@1,close@2", "");
         row("unknown option", good, file + "|--speed|2", "speed");
-        row("no catalogue", good, "--device|0", "--catalogue");
+        row("no catalogue", good, "--device|7", "--catalogue");
         row("no such file", good, file + ".gone", "updater.json.gone");
         row("empty file", "EMPTY", file, "empty");
-        row("not JSON", "'Ip' 1", file, "near line 2, column 7");
-        row("no devices", "}]}], 'Devices': [], 'Other': [{'Boards': [{", file, "no devices");
-        row("device out of range", good, file + "|--device|1", "0..0");
-        row("device no number", good, file + "|--device|x", "--device");
+        row("not JSON", "'Ip' 1", file, "updater.json:2:6: ");
+        row("no devices", "}]}], 'Devices': [], 'Other': [{'Boards': [{", file, "reads no device");
+        row("no such device", good, file + "|--device|1", "choose one of 7");
+        row("device empty", good, file + "|--device|", "--device is empty");
         row("programs only", "'Path': '/opt'", file, "no firmware modules");
-        row("no IPv4 address", "'Ip': '::1', 'Port': 1", file, "board 0: Ip");
-        row("shortened address", "'Ip': '127.1', 'Port': 1", file, "127.1");
-        row("port 0", "'Ip': '127.0.0.2', 'Port': 0", file, "Port 0");
-        row("port too high", "'Ip': '127.0.0.2', 'Port': 65536", file, "Port 65536");
-        row("port taken", "'Ip': '127.0.0.1', 'Port': TAKEN", file, "cannot listen on 127.0.0.1:");
-        row("unit address", "'Ip': '127.0.0.2', 'Port': 1, 'MBAddr': 256", file, "MBAddr 256");
-        row("processor", "'Ip': '127.0.0.2', 'Port': 1, 'IdCPU': -1", file, "IdCPU -1");
+        row("no IPv4 address", "'Ip': '::1', 'Port': 1", file,
+            "updater.json:2:7: Devices[0].Boards[0].Ip: \"::1\" is no");
+        row("no Path", "'File': 'x'", file, "Boards[0].Path: Without a \"Path\"");
+        row("text for port", "'Ip': '127.0.0.2', 'Port': '1'", file, "Boards[0].Port: \"1\" is no whole number");
+        row("port 0", "'Ip': '127.0.0.2', 'Port': 0", file, "Boards[0].Port: No connection to port 0");
+        row("port too high", "'Ip': '127.0.0.2', 'Port': 65536", file, "port 65536");
+        row("port taken", "'Ip': '127.0.0.1', 'Port': TAKEN", file, "IdDev 7: cannot listen on 127.0.0.1:");
+        row("unit address", "'Ip': '127.0.0.2', 'Port': 1, 'MBAddr': 256", file, "Boards[0].MBAddr: ");
+        row("processor", "'Ip': '127.0.0.2', 'Port': 1, 'IdCPU': -1", file, "Boards[0].IdCPU: ");
+        row("far processor", "'Ip': '127.0.0.2', 'Port': 1, 'IdCPU': 29", file, "Boards[0].IdCPU");
         for (const char* serial : {"", "a b", "a;b", "\u00e4"})
             row(qPrintable("serial " + QString(serial)), good, file + "|--serial|" + serial, "--serial");
         for (const char* time : {"x", "-1", "3600.1", "nan"})
@@ -323,7 +329,7 @@ private slots:
         QFETCH(QByteArray, word);
         QTcpServer taken;
         QVERIFY(taken.listen(QHostAddress("127.0.0.1")));
-        board = "{'Devices': [{'Name': 'X', 'Boards': [{\n" + board + "}]}]}";
+        board = "{'Devices': [{'Name': 'X', 'IdDev': 7, 'Boards': [{\n" + board + "}]}]}";
         board.replace('\'', '"').replace("TAKEN", QByteArray::number(taken.serverPort()));
         const QTemporaryDir folder;
         QFile file(folder.filePath("updater.json"));
@@ -335,8 +341,10 @@ private slots:
             process.setStandardOutputFile("/dev/full");
         process.start(SIMULATOR_PROGRAM, options.replace("FILE", file.fileName()).split('|'));
         if (word.isEmpty()) {
-            QVERIFY(process.waitForReadyRead());
-            QVERIFY(process.readAllStandardOutput().endsWith(" ready: X, 1 modules on 1 addresses\n"));
+            QByteArray start;
+            QTRY_VERIFY((start += process.readAllStandardOutput()).contains(" ready: "));
+            QVERIFY2(start.endsWith(" ready: X, 1 modules on 1 addresses\n"), start);
+            QCOMPARE(start.contains("updater.json has findings: "), !board.contains("Main"));
             process.terminate();
             QVERIFY(process.waitForFinished());
             const QByteArray end = process.readAllStandardOutput();
