@@ -49,7 +49,7 @@ Board* Endpoint::Unit(int address, const QString& type)
 
 bool Endpoint::Listen(QString* error)
 {
-    // For no address at all the toolkit would listen on every one of the machine.
+    // For no address at all Qt would listen on every one of the machine.
     if (!m_ip.isNull() && m_server->listen(m_ip, m_port)) {
         m_port = m_server->serverPort();
         return true;
@@ -74,10 +74,10 @@ void Endpoint::AcceptConnections()
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { Read(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
             if (m_connections.remove(socket))
-                Tell("client gone");
+                Log("client gone");
             socket->deleteLater();
         });
-        Tell(QString("connected from %1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()));
+        Log(QString("connected from %1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()));
     }
 }
 
@@ -95,7 +95,7 @@ void Endpoint::Read(QTcpSocket* socket)
         if (taken == Frame::Taken::Whole) {
             Serve(socket, request);
         } else {
-            Tell("not a Modbus TCP header, connection closed");
+            Log("not a Modbus TCP header, connection closed");
             Close(socket);
         }
     }
@@ -106,13 +106,13 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     Connection& connection = m_connections[socket];
     if (connection.fault && connection.last == request) {
         m_plan->CountRepetition();
-        return Tell(request.unit, Named(connection.number) + "repeated, not answered");
+        return Log(request.unit, Named(connection.number) + "repeated, not answered");
     }
     const auto unit = m_units.find(request.unit);
     const std::optional<Fault::Kind> fault = m_plan->Strike(unit != m_units.end() && !unit->second.IsSilent());
     const int number = m_plan->RequestCount();
     if (fault)
-        TellBlocks();
+        LogBlocks();
     connection.fault = fault;
     connection.last = request;
     connection.number = number;
@@ -121,20 +121,20 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     if (unit == m_units.end()) {
         const quint8 function = quint8(request.pdu.at(0));
         socket->write(Frame::Answer(request, Frame::ExceptionPdu(function, Frame::TargetDoesNotRespond)));
-        return Tell(request.unit, Named(number) + "no such unit here, refused with exception 0x0b");
+        return Log(request.unit, Named(number) + "no such unit here, refused with exception 0x0b");
     }
     if (unit->second.IsSilent())
-        return Tell(request.unit, Named(number) + "restarting, not answered");
+        return Log(request.unit, Named(number) + "restarting, not answered");
     if (fault && !Fault::LetsBoardAct(*fault))
         return Lose(socket, request, *fault);
     const Board::Outcome outcome = unit->second.Handle(request.pdu);
     if (!fault && outcome.block > 0)
         CountBlock(request.unit, number, outcome.block);
     else if (!fault)
-        Tell(request.unit, Named(number) + outcome.event + outcome.reply);
+        Log(request.unit, Named(number) + outcome.event + outcome.reply);
     if (outcome.accepted != nullptr && !m_options.imageFolder.isEmpty())
         Save(request.unit, *outcome.accepted);
-    // The answer is still in the toolkit's buffer when the restart begins, and goes out, before the hang-up, once the
+    // The answer is still in Qt's buffer when the restart begins, and goes out, before the hang-up, once the
     // event loop has control again: whoever gets it finds the unit already off the network.
     const std::function<void()> restart = [this, address = request.unit] { Restart(address); };
     Answer(
@@ -151,7 +151,7 @@ void Endpoint::Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Ki
     if (fault == Fault::Refuse)
         QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this, &Endpoint::ListenAgain);
     if (fault == Fault::Reset) {
-        // Without a linger time the system throws the connection away and tells the peer so.
+        // Without a linger time the system resets the connection.
         const linger none{1, 0};
         setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
         m_connections.remove(socket);
@@ -181,7 +181,7 @@ void Endpoint::Answer(QTcpSocket* socket, const Frame::Request& request, const B
         return;
     }
     const auto delay = fault == Fault::Late ? m_options.late : m_options.tooLate;
-    Tell(request.unit, line + QString(", answer in %1 s: ").arg(Seconds(delay)) + outcome.event);
+    Log(request.unit, line + QString(", answer in %1 s: ").arg(Seconds(delay)) + outcome.event);
     const Sending sending{socket, segments, request.unit, line, {}, then};
     QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, sending] { Send(sending); });
 }
@@ -199,7 +199,7 @@ void Endpoint::Send(Sending sending)
     if (sending.segments.isEmpty()) {
         const QByteArray sent = sending.sent.isEmpty() ? "nothing sent" : "sent " + sending.sent.join(" | ");
         if (!sending.line.isEmpty())
-            Tell(sending.unit, sending.line + ", " + sent + sending.event);
+            Log(sending.unit, sending.line + ", " + sent + sending.event);
         return sending.then();
     }
     sending.socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -210,12 +210,12 @@ void Endpoint::Send(Sending sending)
 void Endpoint::CountBlock(int unit, int number, qsizetype bytes)
 {
     if (m_blocks.count > 0 && m_blocks.unit != unit)
-        TellBlocks();
+        LogBlocks();
     m_blocks = {unit, m_blocks.count == 0 ? number : m_blocks.first, number, m_blocks.count + 1,
                 m_blocks.bytes + bytes};
 }
 
-void Endpoint::TellBlocks()
+void Endpoint::LogBlocks()
 {
     const Blocks blocks = std::exchange(m_blocks, {});
     if (blocks.count == 0)
@@ -223,13 +223,13 @@ void Endpoint::TellBlocks()
     const QString which =
         blocks.count == 1 ? Named(blocks.first) + "1 block"
                           : QString("requests %1..%2: %3 blocks").arg(blocks.first).arg(blocks.last).arg(blocks.count);
-    Tell(blocks.unit, which + QString(" taken, %1 image bytes").arg(blocks.bytes));
+    Log(blocks.unit, which + QString(" taken, %1 image bytes").arg(blocks.bytes));
 }
 
 void Endpoint::Silence(int address)
 {
     m_units.at(address).GoSilent();
-    Tell(address, QString("silent for %1 s").arg(Seconds(m_options.restart)));
+    Log(address, QString("silent for %1 s").arg(Seconds(m_options.restart)));
     // With nobody left to answer, the address is off the network, as a restarting board's is.
     if (std::all_of(m_units.begin(), m_units.end(), [](const auto& unit) { return unit.second.IsSilent(); }))
         Stop();
@@ -242,7 +242,7 @@ void Endpoint::Silence(int address)
 
 void Endpoint::ComeBack(int address)
 {
-    Tell(address, "back with version " + m_units.at(address).ComeBack());
+    Log(address, "back with version " + m_units.at(address).ComeBack());
     ListenAgain();
 }
 
@@ -251,7 +251,7 @@ void Endpoint::Restart(int address)
     const std::optional<Fault::Kind> fault = m_plan->TakeArmed();
     Silence(address);
     if (fault == Fault::NeverRestarts)
-        return Tell(address, "fault never-restarts");
+        return Log(address, "fault never-restarts");
     QTimer::singleShot(m_options.restart, Qt::PreciseTimer, this, [this, address, fault] {
         Board& board = m_units.at(address);
         if (fault == Fault::OldVersion)
@@ -259,7 +259,7 @@ void Endpoint::Restart(int address)
         if (fault == Fault::OtherType)
             board.Become("ANOTHER");
         if (fault)
-            Tell(address, "fault " + Fault::Name(*fault));
+            Log(address, "fault " + Fault::Name(*fault));
         ComeBack(address);
     });
 }
@@ -270,9 +270,9 @@ void Endpoint::Save(int address, const Processor& processor)
     QSaveFile file(QDir(m_options.imageFolder).filePath(place + ".img"));
     const QString former = QFile::exists(file.fileName()) ? ", in place of the one before" : "";
     if (file.open(QIODevice::WriteOnly) && CommitWhole(file, processor.image))
-        Tell(address, "image saved as " + file.fileName() + former);
+        Log(address, "image saved as " + file.fileName() + former);
     else
-        Tell(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); is the disk full?");
+        Log(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); is the disk full?");
 }
 
 void Endpoint::ListenAgain()
@@ -280,7 +280,7 @@ void Endpoint::ListenAgain()
     QString error;
     if (m_isOff || m_server->isListening() || Listen(&error))
         return;
-    Tell(error + "; trying again in 1 s");
+    Log(error + "; trying again in 1 s");
     QTimer::singleShot(std::chrono::seconds(1), this, &Endpoint::ListenAgain);
 }
 
@@ -290,13 +290,13 @@ void Endpoint::Close(QTcpSocket* socket)
     socket->disconnectFromHost();
 }
 
-void Endpoint::Tell(const QString& what)
+void Endpoint::Log(const QString& what)
 {
-    TellBlocks();
+    LogBlocks();
     emit Event(m_ip.toString() + ':' + QString::number(m_port) + ' ' + what);
 }
 
-void Endpoint::Tell(int address, const QString& what)
+void Endpoint::Log(int address, const QString& what)
 {
-    Tell("unit " + QString::number(address) + ": " + what);
+    Log("unit " + QString::number(address) + ": " + what);
 }

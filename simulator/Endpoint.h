@@ -28,8 +28,8 @@ public:
     bool Listen(QString* error);
     /// Neither listens nor has connections any more.
     void Stop();
-    /// Tells of the blocks that came since the last line.
-    void TellBlocks();
+    /// Logs the blocks that came since the last line.
+    void LogBlocks();
     quint16 Port() const { return m_port; }
 
 signals:
@@ -62,7 +62,7 @@ private:
         QPointer<QTcpSocket> socket;
         QList<QByteArray> segments;
         int unit = 0;
-        QString line;       ///< goes before what was sent; empty: nothing to tell
+        QString line;       ///< goes before what was sent; empty: no line
         QString event = {}; ///< goes behind it
         std::function<void()> then = [] {};
         QByteArrayList sent = {}; ///< so far, each segment as hex
@@ -83,8 +83,8 @@ private:
     void Save(int address, const Processor& processor);
     void ListenAgain();
     void Close(QTcpSocket* socket);
-    void Tell(const QString& what);
-    void Tell(int address, const QString& what);
+    void Log(const QString& what);
+    void Log(int address, const QString& what);
 
     /// Takes the unit off the network.
     void Silence(int address);

@@ -64,7 +64,7 @@ struct Fault
     static QList<QByteArray> Segments(Kind kind, const Frame::Request& request, const QByteArray& answer);
 };
 
-/// Tells which fault strikes the request that comes now. One for all sockets of an instrument.
+/// Decides which fault strikes the request that comes now. One for all sockets of an instrument.
 class FaultPlan
 {
 public:

@@ -38,7 +38,7 @@ void Instrument::End()
 {
     for (Endpoint* endpoint : std::as_const(m_endpoints)) {
         endpoint->Stop();
-        endpoint->TellBlocks();
+        endpoint->LogBlocks();
     }
     const QList<Fault> unstruck = m_plan.Unstruck();
     for (const Fault& fault : unstruck)

@@ -51,7 +51,8 @@ public:
     int RepetitionCount() const { return m_plan.RepetitionCount(); }
     /// From now on it misbehaves like this; numbers go on counting from the start.
     void SetFaults(const QList<Fault>& faults) { m_plan.Set(faults); }
-    /// Listens no more, and tells what only the end can tell: blocks of a transfer under way, faults that never struck.
+    /// Stops listening and logs what is known at the end only: blocks of a transfer under way, faults that never
+    /// struck.
     void End();
 
 signals:

@@ -75,7 +75,7 @@ void QuitOnSignals()
 
 QString FaultHelp()
 {
-    QString help = "How it misbehaves, at request N counted from 1 over all units (the log tells each one's number), "
+    QString help = "How it misbehaves, at request N counted from 1 over all units (the log has each one's number), "
                    "or at every one (KIND@always). Given several times, all of them count.";
     for (const Fault::Entry& fault : Fault::Table())
         help += "\n" + fault.name + ": " + fault.meaning + ".";
@@ -120,7 +120,7 @@ Instrument::Options ReadOptions(const QCommandLineParser& parser)
         throw UsageError(QString("--restart must be a number of seconds 0..%1").arg(MaxRestartSeconds));
     options.restart = std::chrono::milliseconds(std::llround(seconds * 1000));
     options.imageFolder = parser.value("images");
-    // Only a file really made there tells that the folder takes files, whoever runs this.
+    // Only a file really made there shows that this user can write to the folder.
     const QString probe = options.imageFolder + "/probe-XXXXXX";
     if (parser.isSet("images") && (options.imageFolder.isEmpty() || !QTemporaryFile(probe).open()))
         throw UsageError("--images \"" + options.imageFolder + "\" must be a folder where files can be written");
