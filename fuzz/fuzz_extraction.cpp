@@ -1,7 +1,7 @@
 // A whole archive with any names: line by line "f", "d" or "l" (file, folder, link) and the name. Each file holds its
 // own name, so what was unpacked under which path can be told.
 
-#include "Arena.h"
+#include "ExtractionSandbox.h"
 #include "Fuzz.h"
 
 #include <QBuffer>
@@ -37,20 +37,20 @@ QByteArray Packed(const QList<QByteArray>& lines)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const Arena arena;
+    static const ExtractionSandbox sandbox;
     QList<QByteArray> lines = Lines(data, size, MostEntries + 1);
     lines.removeLast();
     const MemoryFile file(Packed(lines));
     const FirmwareArchive archive(file.Path());
-    const bool extracted = arena.Extract(archive);
+    const bool extracted = sandbox.Extract(archive);
     // Of two files with one path the last one counts.
     std::map<QString, QString> last;
     for (const ArchiveEntry& entry : archive.Entries())
         last[entry.path] = entry.isFile ? QString::fromUtf8(entry.claim.name) : QString();
     for (const auto& [path, stored] : last) {
-        Require(!extracted || stored.isNull() || arena.Content(path) == stored.toUtf8(),
+        Require(!extracted || stored.isNull() || sandbox.Content(path) == stored.toUtf8(),
                 "a file is unpacked whole, under its own name");
     }
-    arena.Reset();
+    sandbox.Reset();
     return 0;
 }

@@ -1,6 +1,6 @@
 // Any bytes for an archive: what its directory claims, what is listed, and what an extraction does to the disk.
 
-#include "Arena.h"
+#include "ExtractionSandbox.h"
 #include "Fuzz.h"
 #include "ZipDirectory.h"
 
@@ -16,7 +16,7 @@ constexpr qint64 LargestUnpacked = 1 << 20;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const Arena arena;
+    static const ExtractionSandbox sandbox;
     QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     if (unpacked > LargestUnpacked)
         return 0;
-    arena.Extract(archive);
-    arena.Reset();
+    sandbox.Extract(archive);
+    sandbox.Reset();
     return 0;
 }

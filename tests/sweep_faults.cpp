@@ -1,10 +1,10 @@
 // Every fault of the simulated instrument at every request of a whole update: the run ends, and no box says more than
 // the instrument holds. What each cell must show stands in docs/reliability.md, from where it is read.
 
-#include "Actor.h"
-#include "Panel.h"
+#include "ScriptedBoard.h"
 #include "Table.h"
 #include "TimeLimits.h"
+#include "WindowFixture.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -129,7 +129,7 @@ private slots:
         QFETCH(QString, fault);
         QFETCH(QString, first);
         QFETCH(QString, second);
-        Panel panel;
+        WindowFixture fixture;
         g_timeLimits.reply = Scaled(120ms);
         g_timeLimits.connectAttempt = Scaled(8ms);
         g_timeLimits.restartPause = Scaled(80ms);
@@ -137,9 +137,9 @@ private slots:
         Instrument instrument(TwoBoards(), {.restart = Scaled(30ms), .late = 20ms, .tooLate = Scaled(240ms)});
         QString error;
         QVERIFY2(instrument.Start(&error), qPrintable(error));
-        panel.Open({instrument.Device()});
-        panel.TakeArchive(Images());
-        panel.driver.Do([&] {
+        fixture.Open({instrument.Device()});
+        fixture.TakeArchive(Images());
+        fixture.driver.Do([&] {
             const int before = instrument.RequestCount();
             QList<Fault> faults = *Fault::Parse(fault, &error);
             if (faults[0].request != Fault::Always)
@@ -147,24 +147,24 @@ private slots:
             instrument.SetFaults(faults);
             g_log.clear();
         });
-        panel.driver.Press("buttonUpdate");
+        fixture.driver.Press("buttonUpdate");
         const QList<Outcome> expected{Outcomes[first], Outcomes[second]};
         const bool success = !expected[0].boxFails && !expected[1].boxFails;
         QString box;
-        panel.driver.Step(
+        fixture.driver.Step(
             "the end box", [] { return UiDriver::OpenBox(); },
             [&] {
                 box = UiDriver::OpenBox()->text();
                 UiDriver::PressNow(UiDriver::OpenBox()->buttons().last());
             });
-        panel.driver.Step("the controls are idle", [&] { return panel.Controls() == "idle"; });
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+        fixture.driver.Step("the controls are idle", [&] { return fixture.Controls() == "idle"; });
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
         const QStringList log = g_log;
         QCOMPARE(box, success ? Success : Failure);
         for (int row = 0; row < 2; ++row) {
             const QByteArray image = Images()[row * 2].second;
-            QCOMPARE(panel.Status(row), expected[row].icon);
-            QCOMPARE(panel.Cell(row, 1), expected[row].shown);
+            QCOMPARE(fixture.Status(row), expected[row].icon);
+            QCOMPARE(fixture.Cell(row, 1), expected[row].shown);
             QTRY_COMPARE(instrument.Version(row), expected[row].runs ? "2.0" : "1.0");
             QCOMPARE(instrument.Image(row), expected[row].holds ? image : QByteArray());
             const bool isThere = log.filter(QString(expected[row].log).remove('!')).size() > 0;

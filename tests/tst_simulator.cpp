@@ -42,7 +42,7 @@ TDeviceRecord SharedSocket()
     device.BoardCount = 4;
     device.Boards[0] = {"", "Main", "127.0.0.9", true, 0, 0, 1, "", "", ""};
     device.Boards[1] = {"", "Main", "127.0.0.9", false, 2, 0, 1, "", "", ""};
-    device.Boards[2] = {"", "Panel", "127.0.0.9", false, 0, 0, 9, "/opt", "", ""};
+    device.Boards[2] = {"", "WindowFixture", "127.0.0.9", false, 0, 0, 9, "/opt", "", ""};
     device.Boards[3] = {"", "Aux", "127.0.0.9", false, 1, 0, 3, "", "", ""};
     return device;
 }

@@ -1,11 +1,11 @@
 // Archives from anybody's stick, taken in the real window: what the operator sees, what is on the disk afterwards,
 // and what it costs in memory. Nothing outside of the extraction folder ever changes.
 
-#include "Actor.h"
-#include "BoxReader.h"
+#include "AlertRecorder.h"
 #include "FirmwareArchive.h"
-#include "Panel.h"
+#include "ScriptedBoard.h"
 #include "Tree.h"
+#include "WindowFixture.h"
 #include "ZipMaker.h"
 
 #include <QApplication>
@@ -57,13 +57,13 @@ qint64 Memory(const QByteArray& name)
 
 Q_DECLARE_METATYPE(Prepare)
 
-class TestGallery : public QObject
+class TestHostileArchives : public QObject
 {
     Q_OBJECT
 
     const QTemporaryDir m_root;
-    Actor m_board;
-    std::unique_ptr<Panel> m_panel;
+    ScriptedBoard m_board;
+    std::unique_ptr<WindowFixture> m_fixture;
 
     struct Seen
     {
@@ -96,9 +96,9 @@ private slots:
         qputenv("TMPDIR", m_root.filePath("a/temporary").toUtf8());
         for (const char* folder : {"", "a/", "a/temporary/", "a/temporary/firmware-decoy/"})
             testdata::WriteFile(m_root.filePath(QString(folder) + "x"), "decoy");
-        m_panel = std::make_unique<Panel>();
-        m_panel->Open({testdata::Device("П", 7, {m_board.Record("a", 1, 0)})});
-        QVERIFY2(m_panel->driver.Run(), qPrintable(m_panel->driver.Failure));
+        m_fixture = std::make_unique<WindowFixture>();
+        m_fixture->Open({testdata::Device("П", 7, {m_board.Record("a", 1, 0)})});
+        QVERIFY2(m_fixture->driver.Run(), qPrintable(m_fixture->driver.Failure));
     }
 
     void Gallery_data()
@@ -126,23 +126,23 @@ private slots:
         QDir().mkdir(folder);
         prepare(folder);
         const QStringList before = Tree(m_root.path(), "a/temporary/firmware/");
-        testdata::WriteFile(Panel::Path("new.zip"), zip);
-        QTableWidgetItem* offered = m_panel->window->findChild<QTableWidget*>("tableWidget")->item(0, 2);
+        testdata::WriteFile(WindowFixture::Path("new.zip"), zip);
+        QTableWidgetItem* offered = m_fixture->window->findChild<QTableWidget*>("tableWidget")->item(0, 2);
         offered->setText("");
-        BoxReader boxes;
+        AlertRecorder boxes;
         int looks = 0;
-        m_panel->driver.Press("buttonArchive");
-        m_panel->driver.ChooseFile("Открыть архив с прошивками", "new.zip");
-        m_panel->driver.Step("the end", [&] {
+        m_fixture->driver.Press("buttonArchive");
+        m_fixture->driver.ChooseFile("Открыть архив с прошивками", "new.zip");
+        m_fixture->driver.Step("the end", [&] {
             const QWidget* modal = QApplication::activeModalWidget();
             looks = modal && modal->windowType() == Qt::ToolTip ? looks + 1 : 0;
-            return looks > 10 || (m_panel->Controls() == "idle" && UiDriver::IsReachable(m_panel->window.get()));
+            return looks > 10 || (m_fixture->Controls() == "idle" && UiDriver::IsReachable(m_fixture->window.get()));
         });
         // From here on the peak is counted anew, and not hidden by what an earlier row gave back.
         malloc_trim(0);
         testdata::WriteFile("/proc/self/clear_refs", "5");
         const qint64 memory = Memory("VmRSS:");
-        QVERIFY2(m_panel->driver.Run(2min), qPrintable(m_panel->driver.Failure));
+        QVERIFY2(m_fixture->driver.Run(2min), qPrintable(m_fixture->driver.Failure));
         const qint64 grown = Memory("VmHWM:") - memory;
         if (looks > 0)
             QApplication::activeModalWidget()->close();
@@ -159,7 +159,7 @@ private slots:
     }
 };
 
-void TestGallery::Refused()
+void TestHostileArchives::Refused()
 {
     const auto refused = [](
                              const QByteArray& name, const Entries& entries, const Prepare& prepare = [](auto) {}) {
@@ -186,7 +186,7 @@ void TestGallery::Refused()
          }});
 }
 
-void TestGallery::Harmless()
+void TestHostileArchives::Harmless()
 {
     const auto harmless = [](const MadeEntry& entry, const QStringList& tree) {
         Row("harmless: " + entry.name.left(40), MakeZip(Image() + Entries{entry, CertificateOf(entry)}),
@@ -231,7 +231,7 @@ void TestGallery::Harmless()
     Row("10,000 entries", MakeZip(many), {"", tree});
 }
 
-void TestGallery::Damaged()
+void TestHostileArchives::Damaged()
 {
     const auto damaged = [](const QByteArray& name, const QByteArray& zip) {
         Row("damaged: " + name, zip, {"", EmptyFwTree, {Different(Fw)}});
@@ -258,7 +258,7 @@ void TestGallery::Damaged()
     damaged("no local header", Changed(behind, behind.lastIndexOf("PK\3\4"), "xx"));
 }
 
-void TestGallery::NoArchive()
+void TestHostileArchives::NoArchive()
 {
     const QByteArray zip = MakeZip(Image());
     const qsizetype directory = zip.indexOf("PK\1\2");
@@ -286,7 +286,7 @@ void TestGallery::NoArchive()
     nothing("directory of more than 8 MiB", MakeZip(large));
 }
 
-void TestGallery::OnTheDisk()
+void TestHostileArchives::OnTheDisk()
 {
     const auto onDisk = [](const QByteArray& name, const QStringList& tree, const Prepare& prepare) {
         Row("on the disk: " + name, MakeZip(Image()), {.tree = tree + FwTree, .prepare = prepare});
@@ -304,7 +304,7 @@ void TestGallery::OnTheDisk()
          .prepare = [](const QString& folder) { testdata::WriteFile(folder + "/a", "old"); }});
 }
 
-void TestGallery::Bombs()
+void TestHostileArchives::Bombs()
 {
     constexpr int Size = 128 << 20;
     const MadeEntry honest{.name = "a", .content = QByteArray(Size, 0)};
@@ -327,5 +327,5 @@ void TestGallery::Bombs()
         {.tree = QStringList{"a.sha256=IMAGE"} + FwTree});
 }
 
-QTEST_MAIN(TestGallery)
-#include "tst_gallery.moc"
+QTEST_MAIN(TestHostileArchives)
+#include "tst_hostile_archives.moc"

@@ -1,14 +1,14 @@
 // Sticks that are pulled, disks that are full or read-only, power that goes, and what sudo may do: the real window
 // says so, and no program file is ever lost.
 
-#include "Actor.h"
-#include "BoxReader.h"
+#include "AlertRecorder.h"
 #include "FirmwareArchive.h"
-#include "Panel.h"
+#include "ScriptedBoard.h"
 #include "Table.h"
 #include "TimeLimits.h"
 #include "Tree.h"
 #include "Util.h"
+#include "WindowFixture.h"
 
 #include <QApplication>
 #include <QProcess>
@@ -48,14 +48,14 @@ class ReadOnlyFolder
 public:
     ReadOnlyFolder()
     {
-        QFile::setPermissions(Panel::Path(""), QFile::Permissions(0x5555));
+        QFile::setPermissions(WindowFixture::Path(""), QFile::Permissions(0x5555));
         m_isNobody = geteuid() == 0 && seteuid(65534) == 0;
     }
     ~ReadOnlyFolder()
     {
         if (m_isNobody && seteuid(0) != 0)
             qFatal("root is lost");
-        QFile::setPermissions(Panel::Path(""), QFile::Permissions(0x7755));
+        QFile::setPermissions(WindowFixture::Path(""), QFile::Permissions(0x7755));
     }
     Q_DISABLE_COPY_MOVE(ReadOnlyFolder)
 
@@ -95,7 +95,7 @@ QStringList Leftovers(const QString& folder)
 
 } // namespace
 
-class TestDisks : public QObject
+class TestDiskFaults : public QObject
 {
     Q_OBJECT
 
@@ -135,40 +135,40 @@ private slots:
     }
     void UnreadableStick()
     {
-        Actor one;
-        Panel panel;
-        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
-        const QString path = Panel::Path("firmware/fw_7_1_0_v1.4.bin");
+        ScriptedBoard one;
+        WindowFixture fixture;
+        fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
+        const QString path = WindowFixture::Path("firmware/fw_7_1_0_v1.4.bin");
         testdata::WriteFile(path, "image");
         QFETCH(QString, image);
         QFETCH(QString, certificate);
         QVERIFY(image.isEmpty() || (QFile::remove(path) && QFile::link(image, path)));
         QVERIFY(QFile::link(certificate, path + ".sha256"));
-        BoxReader boxes;
-        panel.PressRow(0, 3);
-        panel.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
-        panel.driver.Step("told", [&] { return !boxes.texts.isEmpty() && !UiDriver::OpenBox(); });
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+        AlertRecorder boxes;
+        fixture.PressRow(0, 3);
+        fixture.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
+        fixture.driver.Step("told", [&] { return !boxes.texts.isEmpty() && !UiDriver::OpenBox(); });
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
         QCOMPARE(boxes.texts, QStringList{"Внимание!: Не соответствует сертификат fw_7_1_0_v1.4.bin.sha256"});
-        QCOMPARE(panel.Cell(0, 2), "");
+        QCOMPARE(fixture.Cell(0, 2), "");
     }
 
     void FullTemporaryDisk()
     {
-        Actor one;
-        Panel panel;
-        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
-        testdata::WriteZip(Panel::Path("new.zip"),
+        ScriptedBoard one;
+        WindowFixture fixture;
+        fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
+        testdata::WriteZip(WindowFixture::Path("new.zip"),
                            {{"a", "first"}, {"fw_7_1_0_v2.0.bin", testdata::Image("2.0", 90000)}});
-        panel.driver.Press("buttonArchive");
-        panel.driver.ChooseFile("Открыть архив с прошивками", "new.zip");
+        fixture.driver.Press("buttonArchive");
+        fixture.driver.ChooseFile("Открыть архив с прошивками", "new.zip");
         {
             const FullDisk full(80000);
-            QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+            QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
             QTRY_VERIFY(QApplication::activeModalWidget()->windowType() == Qt::ToolTip);
             QTest::qWait(100);
         }
-        QCOMPARE(panel.Cell(0, 2), "");
+        QCOMPARE(fixture.Cell(0, 2), "");
         QVERIFY(QApplication::activeModalWidget()->close());
         QCOMPARE(Tree(ExtractionFolder()), QStringList{"a=first"});
     }
@@ -191,30 +191,30 @@ private slots:
     }
     void ProgramUpdate()
     {
-        testdata::WriteFile(Panel::Path("viewer"), OldProgram);
-        testdata::WriteFile(Panel::Path("viewer.ver"), "1.0");
-        Actor one;
-        Panel panel;
+        testdata::WriteFile(WindowFixture::Path("viewer"), OldProgram);
+        testdata::WriteFile(WindowFixture::Path("viewer.ver"), "1.0");
+        ScriptedBoard one;
+        WindowFixture fixture;
         // Only these commands have no end.
         g_timeLimits.systemCommand = QByteArray(QTest::currentDataTag()).startsWith("sudo asks") ? 500ms : 60s;
-        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), testdata::Program("b", "viewer", "viewer")})});
-        panel.TakeArchive(testdata::WithCertificates({{"viewer/viewer", NewProgram}, {"viewer/viewer.ver", "2.0"}}));
+        fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), testdata::Program("b", "viewer", "viewer")})});
+        fixture.TakeArchive(testdata::WithCertificates({{"viewer/viewer", NewProgram}, {"viewer/viewer.ver", "2.0"}}));
         QFETCH(Break, fault);
         QFETCH(QString, box);
         std::shared_ptr<void> holds;
-        panel.driver.Do([&] { holds = fault(); });
-        panel.driver.Press("buttonUpdate");
-        panel.driver.AnswerBox(box, box == Success ? "Нет" : "OK");
-        const bool ran = panel.driver.Run();
+        fixture.driver.Do([&] { holds = fault(); });
+        fixture.driver.Press("buttonUpdate");
+        fixture.driver.AnswerBox(box, box == Success ? "Нет" : "OK");
+        const bool ran = fixture.driver.Run();
         holds.reset();
-        QVERIFY2(ran, qPrintable(panel.driver.Failure));
-        QTEST(panel.Status(1), "status");
+        QVERIFY2(ran, qPrintable(fixture.driver.Failure));
+        QTEST(fixture.Status(1), "status");
         QFETCH(bool, isNew);
-        QVERIFY(testdata::ReadFile(Panel::Path("viewer")) == (isNew ? NewProgram : OldProgram));
+        QVERIFY(testdata::ReadFile(WindowFixture::Path("viewer")) == (isNew ? NewProgram : OldProgram));
         // Whatever is read at the next start is the version of the program that is there.
-        QCOMPARE(testdata::ReadFile(Panel::Path("viewer.ver")), isNew ? "2.0" : "1.0");
-        QCOMPARE(Leftovers(Panel::Path("")), QStringList());
-        QCOMPARE(panel.Controls(), "idle");
+        QCOMPARE(testdata::ReadFile(WindowFixture::Path("viewer.ver")), isNew ? "2.0" : "1.0");
+        QCOMPARE(Leftovers(WindowFixture::Path("")), QStringList());
+        QCOMPARE(fixture.Controls(), "idle");
     }
 
     void KilledCopy()
@@ -263,7 +263,7 @@ private slots:
     void AbsurdCatalogue()
     {
         QFETCH(QByteArray, fields);
-        Actor one;
+        ScriptedBoard one;
         const int port = one.board.serverPort();
         fields.replace("%1", QByteArray::number(port)).replace("%2", QByteArray::number(port + 65536));
         const QByteArray board = R"({"Type": "DEV", "Ip": "127.0.0.1", )" + fields + "}";
@@ -276,16 +276,16 @@ private slots:
             units.insert(quint8(c.request.at(6)));
             return false;
         };
-        Panel panel;
-        testdata::WriteFile(Panel::Path("updater.json"),
+        WindowFixture fixture;
+        testdata::WriteFile(WindowFixture::Path("updater.json"),
                             R"({"Devices": [)" + (device + ",").repeated(10) + device + "]}");
-        panel.window = std::make_unique<MainWindow>(nullptr);
-        panel.window->show();
-        panel.WaitForVersions();
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+        fixture.window = std::make_unique<MainWindow>(nullptr);
+        fixture.window->show();
+        fixture.WaitForVersions();
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
         // The table holds ten boards: the first one answers, and so do those that are reached as the catalogue says.
         QFETCH(QString, version);
-        QCOMPARE(panel.Versions(), "1.0" + (" " + version).repeated(9));
+        QCOMPARE(fixture.Versions(), "1.0" + (" " + version).repeated(9));
         // Unit address 258 is sent as its low byte.
         QCOMPARE(units, version == "1.0" ? (QSet<int>{1, 2}) : QSet<int>{1});
     }
@@ -302,7 +302,7 @@ int main(int argc, char** argv)
                 return 1;
         }
     }
-    TestDisks test;
+    TestDiskFaults test;
     return QTest::qExec(&test, argc, argv);
 }
-#include "tst_disks.moc"
+#include "tst_disk_faults.moc"

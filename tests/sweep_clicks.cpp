@@ -1,21 +1,21 @@
-// The impatient operator: at every point of a whole road each enabled button is pressed in a life of its own, and in
-// another one the window is closed. A life is the window from its start to its end in a running application: search,
+// The impatient operator: at every point of a whole road each enabled button is pressed in a session of its own, and in
+// another one the window is closed. A session is the window from its start to its end in a running application: search,
 // versions, archive, a second search that finds marked rows, update of two processors and a program, end box, and
 // behind a stop the update once more. The driver answers every dialog and goes on.
 //
 // A point is an entry of Qt's event dispatcher, a moment at which the program lets anything happen, that
-// shows a picture which the life has not shown before. The picture is all that can be observed: requests and
+// shows a picture which the session has not shown before. The picture is all that can be observed: requests and
 // connections at the instrument, texts, cells, status icons, marks, progress, enabled buttons, open dialog. The waits
 // enter the dispatcher thousands of times between two pictures. A rehearsal lists the points; a cell strikes when its
-// life shows the same picture. Presses are events of the window system, also on what something modal blocks: there
+// session shows the same picture. Presses are events of the window system, also on what something modal blocks: there
 // they must come to nothing. Every button but a mark, which a second press only takes back, is also pressed twice.
 // The window is closed as a session that ends would do it, so behind open dialogs too. Buttons are push buttons: the
 // small tools of the file dialog are Qt's own.
 
-#include "Actor.h"
 #include "AppState.h"
-#include "Panel.h"
+#include "ScriptedBoard.h"
 #include "TimeLimits.h"
+#include "WindowFixture.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -33,8 +33,8 @@
 
 using namespace std::chrono_literals;
 
-/// One life of the window, with one thing done to it at a point.
-class Life : public QObject
+/// One session of the window, with one thing done to it at a point.
+class WindowSession : public QObject
 {
 public:
     QList<QPair<QString, QStringList>> Points; ///< pictures, and the buttons enabled in each
@@ -43,7 +43,7 @@ public:
     bool Struck = false;
 
     /// `control` is a button's name, with " twice" behind it or not, or "close" for the window.
-    Life(const QString& picture, const QString& control)
+    WindowSession(const QString& picture, const QString& control)
         : m_strikeAt(picture)
         , m_control(control)
     {
@@ -53,12 +53,12 @@ public:
         g_timeLimits.firstSearch = 30ms;
         g_timeLimits.restartPause = 10ms;
         g_timeLimits.pollPause = 1ms;
-        QFile::remove(Panel::Path("viewer"));
-        testdata::WriteFile(Panel::Path("viewer.ver"), "1.0");
+        QFile::remove(WindowFixture::Path("viewer"));
+        testdata::WriteFile(WindowFixture::Path("viewer.ver"), "1.0");
         for (const auto& [name, content] : Images("3.0"))
-            testdata::WriteFile(Panel::Path("firmware/" + name), content);
+            testdata::WriteFile(WindowFixture::Path("firmware/" + name), content);
         const QString ip = "127.0.0.1";
-        m_instrument = m_panel.Play(
+        m_instrument = m_fixture.Play(
             testdata::Device("П", 7,
                              {testdata::Board("Один", "DEV", ip, 0, 1, 0), testdata::Board("Два", "DEV", ip, 0, 1, 1),
                               testdata::Program("Три", "viewer", "viewer")}),
@@ -66,13 +66,13 @@ public:
         connect(m_instrument, &Instrument::Event, this,
                 [this](const QString& line) { m_connections += line.contains("connected from"); });
         connect(m_instrument, &Instrument::Requested, this, [this](int, bool isBinary) { m_writes += isBinary; });
-        m_panel.Open({m_instrument->Device()});
-        Panel::PackArchive(Images("2.0")
-                           + testdata::Files{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}});
-        m_table = m_panel.window->findChild<QTableWidget*>();
+        m_fixture.Open({m_instrument->Device()});
+        WindowFixture::PackArchive(Images("2.0")
+                                   + testdata::Files{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}});
+        m_table = m_fixture.window->findChild<QTableWidget*>();
         // Behind the program's own slot: when this press began a run, that run is over.
-        connect(m_panel.window->findChild<QPushButton*>("buttonUpdate"), &QPushButton::clicked, this, [this] {
-            if (m_panel.Text("buttonUpdate") == "Отмена")
+        connect(m_fixture.window->findChild<QPushButton*>("buttonUpdate"), &QPushButton::clicked, this, [this] {
+            if (m_fixture.Text("buttonUpdate") == "Отмена")
                 m_lastWrite = m_writes + 1;
         });
     }
@@ -82,23 +82,24 @@ public:
     {
         QTimer ticks;
         ticks.start(2ms);
-        connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, &Life::Look);
+        connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, &WindowSession::Look);
         const int status = QCoreApplication::exec();
         QAbstractEventDispatcher::instance()->disconnect(this);
-        Expect(!m_panel.window->isVisible() && Boxes.size() == m_runs, "a window is still there, or a run had no box");
+        Expect(!m_fixture.window->isVisible() && Boxes.size() == m_runs,
+               "a window is still there, or a run had no box");
         if (m_closed) {
             Expect(HasBackup() == m_backupAtClose, "a backup was made behind the close");
         } else {
-            Expect(m_panel.Controls() == "idle" && !g_updateAborted, m_panel.Controls() + ", aborted or not");
+            Expect(m_fixture.Controls() == "idle" && !g_updateAborted, m_fixture.Controls() + ", aborted or not");
             // A stop in the last module's last moment ends a run as failed that has written everything.
-            Expect(!m_panel.IsEnabled("buttonUpdate") || Boxes.value(Boxes.size() - 1, "success") == "success",
+            Expect(!m_fixture.IsEnabled("buttonUpdate") || Boxes.value(Boxes.size() - 1, "success") == "success",
                    "the last run failed");
             Expect(HasBackup() == Boxes.contains("success"), "backup without success");
             Expect(!m_isBlocked || Boxes == QStringList("success"), "a press on a blocked window had an effect");
-            Expect(Panel::SudoLog().contains("reboot") == m_control.startsWith("Да"), "reboot without a yes");
+            Expect(WindowFixture::SudoLog().contains("reboot") == m_control.startsWith("Да"), "reboot without a yes");
         }
         for (int row = 0; row < m_table->rowCount(); ++row)
-            CheckRow(row, m_panel.Status(row));
+            CheckRow(row, m_fixture.Status(row));
         return status;
     }
 
@@ -108,10 +109,10 @@ private:
         return testdata::WithCertificates({{"fw_7_1_0_v" + version + ".bin", testdata::Image(version, 700)},
                                            {"fw_7_1_1_v" + version + ".rpd", testdata::Image(version, 300)}});
     }
-    static bool HasBackup() { return QFileInfo::exists(Panel::Path("update.old")); }
+    static bool HasBackup() { return QFileInfo::exists(WindowFixture::Path("update.old")); }
     QByteArray Held(int row) const
     {
-        return row < 2 ? m_instrument->Image(row) : testdata::ReadFile(Panel::Path("viewer"));
+        return row < 2 ? m_instrument->Image(row) : testdata::ReadFile(WindowFixture::Path("viewer"));
     }
     QByteArray Offered(int row) const
     {
@@ -125,11 +126,12 @@ private:
 
     void CheckRow(int row, const QString& status)
     {
-        const QString name = m_panel.Cell(row, 0);
-        const QString current = m_panel.Cell(row, 1);
-        const QString version = row < 2 ? m_instrument->Version(row) : testdata::ReadFile(Panel::Path("viewer.ver"));
+        const QString name = m_fixture.Cell(row, 0);
+        const QString current = m_fixture.Cell(row, 1);
+        const QString version =
+            row < 2 ? m_instrument->Version(row) : testdata::ReadFile(WindowFixture::Path("viewer.ver"));
         Expect(Held(row).isEmpty() || m_given[row].contains(Held(row)), "another image in " + name);
-        Expect(status != "ok" || (Held(row) == Offered(row) && current == m_panel.Cell(row, 2)),
+        Expect(status != "ok" || (Held(row) == Offered(row) && current == m_fixture.Cell(row, 2)),
                "untrue ok of " + name);
         const bool isSettled = QString("ok").startsWith(status) && current == version;
         Expect(m_closed || isSettled || Boxes.value(Boxes.size() - 1) == "failure", "wrong version or icon of " + name);
@@ -139,10 +141,10 @@ private:
     QMap<QString, QPushButton*> Buttons() const
     {
         for (int row = 0; row < m_table->rowCount(); ++row) {
-            m_panel.window->GetButton(row, 3)->setObjectName("file " + m_panel.Cell(row, 0));
-            m_panel.window->GetButton(row, 4)->setObjectName("mark " + m_panel.Cell(row, 0));
+            m_fixture.window->GetButton(row, 3)->setObjectName("file " + m_fixture.Cell(row, 0));
+            m_fixture.window->GetButton(row, 4)->setObjectName("mark " + m_fixture.Cell(row, 0));
         }
-        QList<QPushButton*> all = m_panel.window->findChildren<QPushButton*>();
+        QList<QPushButton*> all = m_fixture.window->findChildren<QPushButton*>();
         if (const QMessageBox* box = UiDriver::OpenBox())
             all += box->findChildren<QPushButton*>();
         QMap<QString, QPushButton*> enabled;
@@ -155,18 +157,18 @@ private:
 
     QString Picture() const
     {
-        const auto* bar = m_panel.window->findChild<QProgressBar*>();
+        const auto* bar = m_fixture.window->findChild<QProgressBar*>();
         const QWidget* modal = QApplication::activeModalWidget();
         QStringList parts{QString("%1 %2").arg(m_instrument->RequestCount()).arg(m_connections),
                           bar->isVisible() ? QString::number(bar->value()) : "no bar",
                           modal ? modal->windowTitle() + modal->property("text").toString() : "no dialog"};
         for (const char* name : {"button_DeviceType", "buttonUpdate", "label_Update"})
-            parts += m_panel.Text(name);
+            parts += m_fixture.Text(name);
         for (int row = 0; row < m_table->rowCount(); ++row) {
             for (const int column : {0, 1, 2})
-                parts += m_panel.Cell(row, column);
+                parts += m_fixture.Cell(row, column);
             parts += QString::number(m_table->item(row, 0)->data(Qt::UserRole).toInt());
-            parts += m_panel.window->IsRowMarked(row) ? "marked" : "not";
+            parts += m_fixture.window->IsRowMarked(row) ? "marked" : "not";
         }
         return (parts + Buttons().keys()).join('|').replace('\n', ' ');
     }
@@ -181,7 +183,7 @@ private:
             QCoreApplication::exit(1);
         }
         Watch();
-        if (!m_seen.contains(picture) && m_panel.window->isVisible()) {
+        if (!m_seen.contains(picture) && m_fixture.window->isVisible()) {
             m_seen.insert(picture);
             Points.append({picture, Buttons().keys()});
         }
@@ -208,7 +210,7 @@ private:
         if (button)
             return Press(name, m_control == name ? 1 : 2);
         m_lastWrite = m_writes + 1;
-        m_panel.window->close();
+        m_fixture.window->close();
     }
 
     void Press(const QString& name, int times = 1)
@@ -219,7 +221,7 @@ private:
 
     void Watch()
     {
-        const bool running = m_panel.Text("buttonUpdate") == "Отмена";
+        const bool running = m_fixture.Text("buttonUpdate") == "Отмена";
         const bool starts = running && !m_running;
         m_running = running;
         m_runs += starts;
@@ -228,14 +230,14 @@ private:
         if (ends)
             Boxes.append(box->text() == Success ? "success" : box->text() == Failure ? "failure" : box->text());
         for (int row = 0; row < m_table->rowCount(); ++row) {
-            if (starts && (m_marked[row] = m_panel.window->IsRowMarked(row)))
+            if (starts && (m_marked[row] = m_fixture.window->IsRowMarked(row)))
                 m_given[row].append(Offered(row));
             Expect(!ends || box->text() != Success || !m_marked[row] || Held(row) == Offered(row), "untrue success");
         }
         // A step of the plan is done when it shows: a press may be lost to a window that is just being blocked.
         const QString step = m_plan.first();
         if ((step == "buttonArchive" && qobject_cast<QFileDialog*>(UiDriver::OpenDialog()))
-            || (step == "button_DeviceType" && m_panel.Text(step) == "Поиск прибора...")
+            || (step == "button_DeviceType" && m_fixture.Text(step) == "Поиск прибора...")
             || (step == "buttonUpdate" && starts))
             m_plan.removeFirst();
         Expect(m_writes <= m_lastWrite, "written behind a stop");
@@ -258,19 +260,19 @@ private:
                 return Press(filter == "viewer" ? "Отмена" : "Открыть");
             return edit->setText(name);
         }
-        const bool reading = m_panel.window->findChild<QWidget*>("label_Update")->isVisible()
-                             && m_panel.Text("label_Update") == "Считываю версии модулей...";
-        const bool reachable = m_panel.window->isVisible() && UiDriver::IsReachable(m_panel.window.get());
-        if (!reachable || g_busy || reading || m_panel.Cell(2, 1).isEmpty())
+        const bool reading = m_fixture.window->findChild<QWidget*>("label_Update")->isVisible()
+                             && m_fixture.Text("label_Update") == "Считываю версии модулей...";
+        const bool reachable = m_fixture.window->isVisible() && UiDriver::IsReachable(m_fixture.window.get());
+        if (!reachable || g_busy || reading || m_fixture.Cell(2, 1).isEmpty())
             return;
-        while (m_plan.size() > 1 && !m_panel.IsEnabled(m_plan.first()))
+        while (m_plan.size() > 1 && !m_fixture.IsEnabled(m_plan.first()))
             m_plan.removeFirst();
         Press(m_plan.first());
     }
 
     QString m_strikeAt;
     QString m_control;
-    Panel m_panel;
+    WindowFixture m_fixture;
     Instrument* m_instrument = nullptr;
     QTableWidget* m_table = nullptr;
     QStringList m_plan{"buttonArchive", "button_DeviceType", "buttonUpdate", "buttonUpdate", "buttonClose"};
@@ -290,7 +292,7 @@ private:
     bool m_isBlocked = false;
 };
 
-class SweepHand : public QObject
+class SweepClicks : public QObject
 {
     Q_OBJECT
 
@@ -302,7 +304,7 @@ private slots:
         QLoggingCategory::setFilterRules("*=false");
         QTest::addColumn<QString>("picture");
         QTest::addColumn<QString>("control");
-        Life rehearsal({}, {});
+        WindowSession rehearsal({}, {});
         QCOMPARE(rehearsal.Run(), 0);
         QCOMPARE(rehearsal.Wrong + rehearsal.Boxes, QStringList("success"));
         m_figures["points"] = 0;
@@ -319,26 +321,26 @@ private slots:
     {
         QFETCH(QString, picture);
         QFETCH(QString, control);
-        std::optional<Life> life;
+        std::optional<WindowSession> session;
         int status = 0;
         // A machine with much to do may skip a picture that lasts some milliseconds.
-        for (int tries = 0; tries < 5 && (!life || !life->Struck); ++tries) {
-            life.emplace(picture, control);
-            status = life->Run();
+        for (int tries = 0; tries < 5 && (!session || !session->Struck); ++tries) {
+            session.emplace(picture, control);
+            status = session->Run();
         }
         const QString how = control == "close" ? "closed" : control.endsWith(" twice") ? "pressed twice" : "pressed";
         ++m_figures["cells"];
-        ++m_figures[how + ", " + (life->Boxes.isEmpty() ? "no run" : life->Boxes.join(", then "))];
-        QVERIFY2(life->Wrong.isEmpty(), qPrintable(life->Wrong.join("; ") + " after " + picture));
-        QVERIFY2(life->Struck, qPrintable("this life did not show " + picture));
+        ++m_figures[how + ", " + (session->Boxes.isEmpty() ? "no run" : session->Boxes.join(", then "))];
+        QVERIFY2(session->Wrong.isEmpty(), qPrintable(session->Wrong.join("; ") + " after " + picture));
+        QVERIFY2(session->Struck, qPrintable("this session did not show " + picture));
         QCOMPARE(status, 0);
     }
     void cleanupTestCase()
     {
         for (auto figure = m_figures.cbegin(); figure != m_figures.cend(); ++figure)
-            std::printf("sweep_hand: %5d %s\n", figure.value(), qPrintable(figure.key()));
+            std::printf("sweep_clicks: %5d %s\n", figure.value(), qPrintable(figure.key()));
     }
 };
 
-QTEST_MAIN(SweepHand)
-#include "sweep_hand.moc"
+QTEST_MAIN(SweepClicks)
+#include "sweep_clicks.moc"

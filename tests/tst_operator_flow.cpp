@@ -1,11 +1,11 @@
 // The operator's road in the real window over real TCP: search, versions, archive, update, and the boxes on the way.
 
-#include "Actor.h"
+#include "AlertRecorder.h"
 #include "AppState.h"
-#include "BoxReader.h"
 #include "MessageBoxes.h"
-#include "Panel.h"
+#include "ScriptedBoard.h"
 #include "Table.h"
+#include "WindowFixture.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -13,7 +13,7 @@
 
 using namespace std::chrono_literals;
 
-class TestRoad : public QObject
+class TestOperatorFlow : public QObject
 {
     Q_OBJECT
 
@@ -37,43 +37,43 @@ class TestRoad : public QObject
     }
 
 private slots:
-    void init() { testdata::WriteFile(Panel::Path("viewer.ver"), "1.0"); }
+    void init() { testdata::WriteFile(WindowFixture::Path("viewer.ver"), "1.0"); }
 
     void WholeRoad_data()
     {
         const Table<QString, QString> row("answer", "sudo");
-        const QString chmod = "chmod 777 " + Panel::Path("viewer");
+        const QString chmod = "chmod 777 " + WindowFixture::Path("viewer");
         row("no", "Нет", chmod);
         row("yes", "Да", chmod + ";reboot");
     }
     void WholeRoad()
     {
         QFETCH(QString, answer);
-        Panel panel;
-        Instrument* instrument = panel.Play(FullDevice());
+        WindowFixture fixture;
+        Instrument* instrument = fixture.Play(FullDevice());
         const int port = instrument->Device().Boards[0].Port;
-        panel.Open({testdata::Device("Чужой", 8, {testdata::Board("x", "OTHER", "127.0.0.1", port, 1, 0)}),
-                    instrument->Device()});
-        panel.TakeArchive(FullArchive());
-        panel.driver.Press("buttonUpdate");
-        panel.driver.Step("row buttons stay disabled in the run", [&] {
-            return panel.Cell(0, 1) == "1.5" && panel.Text("buttonUpdate") == "Отмена"
-                   && !panel.window->GetButton(0, 3)->isEnabled() && !panel.window->GetButton(0, 4)->isEnabled();
+        fixture.Open({testdata::Device("Чужой", 8, {testdata::Board("x", "OTHER", "127.0.0.1", port, 1, 0)}),
+                      instrument->Device()});
+        fixture.TakeArchive(FullArchive());
+        fixture.driver.Press("buttonUpdate");
+        fixture.driver.Step("row buttons stay disabled in the run", [&] {
+            return fixture.Cell(0, 1) == "1.5" && fixture.Text("buttonUpdate") == "Отмена"
+                   && !fixture.window->GetButton(0, 3)->isEnabled() && !fixture.window->GetButton(0, 4)->isEnabled();
         });
-        panel.driver.AnswerBox(Success, answer);
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+        fixture.driver.AnswerBox(Success, answer);
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
 
-        QCOMPARE(panel.Text("button_DeviceType"), "Прибор П-7  № 777");
+        QCOMPARE(fixture.Text("button_DeviceType"), "Прибор П-7  № 777");
         const testdata::Files files = FullArchive();
         for (int row = 0; row < 4; ++row) {
             QCOMPARE(instrument->Image(row), row < 3 ? files[row * 2].second : QByteArray());
-            QCOMPARE(panel.Cell(row, 1), QStringList({"1.5", "2.1", "3.0", "4.0"})[row]);
-            QCOMPARE(panel.Status(row), "ok");
+            QCOMPARE(fixture.Cell(row, 1), QStringList({"1.5", "2.1", "3.0", "4.0"})[row]);
+            QCOMPARE(fixture.Status(row), "ok");
         }
-        QCOMPARE(panel.Controls(), "idle");
-        QVERIFY(!panel.IsEnabled("buttonUpdate"));
-        QTEST(Panel::SudoLog().join(';'), "sudo");
-        QVERIFY(QFileInfo::exists(Panel::Path("update.old/tst_road")));
+        QCOMPARE(fixture.Controls(), "idle");
+        QVERIFY(!fixture.IsEnabled("buttonUpdate"));
+        QTEST(WindowFixture::SudoLog().join(';'), "sudo");
+        QVERIFY(QFileInfo::exists(WindowFixture::Path("update.old/tst_operator_flow")));
     }
 
     void NothingFound_data()
@@ -89,14 +89,14 @@ private slots:
     void NothingFound()
     {
         QFETCH(QList<TDeviceRecord>, devices);
-        Panel panel;
-        panel.Open(devices);
-        QTRY_COMPARE(panel.Text("button_DeviceType"), "Прибор не найден!");
-        QCOMPARE(panel.Controls(), "idle");
-        QTEST(panel.Versions(), "versions");
-        QCOMPARE(panel.window->windowTitle(), "Обновление ПО приборов, версия 1.38");
-        QCOMPARE(panel.Text("label_Version"), "v1.38");
-        QVERIFY(panel.window->close());
+        WindowFixture fixture;
+        fixture.Open(devices);
+        QTRY_COMPARE(fixture.Text("button_DeviceType"), "Прибор не найден!");
+        QCOMPARE(fixture.Controls(), "idle");
+        QTEST(fixture.Versions(), "versions");
+        QCOMPARE(fixture.window->windowTitle(), "Обновление ПО приборов, версия 1.38");
+        QCOMPARE(fixture.Text("label_Version"), "v1.38");
+        QVERIFY(fixture.window->close());
         QVERIFY(!g_stopRequested && !g_updateAborted);
     }
 
@@ -148,54 +148,54 @@ private slots:
     void Certificates()
     {
         QFETCH(testdata::Files, files);
-        Actor one;
-        Panel panel;
-        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), one.Record("b", 2, 1)})});
-        BoxReader boxes;
-        panel.TakeBadArchive(files);
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+        ScriptedBoard one;
+        WindowFixture fixture;
+        fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), one.Record("b", 2, 1)})});
+        AlertRecorder boxes;
+        fixture.TakeBadArchive(files);
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
         QTEST(boxes.texts, "boxes");
-        QTEST(panel.Cell(0, 2) + " " + panel.Cell(1, 2), "versions");
+        QTEST(fixture.Cell(0, 2) + " " + fixture.Cell(1, 2), "versions");
     }
 
     void ArchiveThatCannotBeExtracted()
     {
-        Actor one;
-        Panel panel;
-        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
+        ScriptedBoard one;
+        WindowFixture fixture;
+        fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
         // In a "firmware" folder the extraction folder is not made, and it is not there.
-        testdata::WriteZip(Panel::Path("firmware.zip"), BothImages());
-        panel.driver.Press("buttonArchive");
-        panel.driver.ChooseFile("Открыть архив с прошивками", "firmware.zip");
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
+        testdata::WriteZip(WindowFixture::Path("firmware.zip"), BothImages());
+        fixture.driver.Press("buttonArchive");
+        fixture.driver.ChooseFile("Открыть архив с прошивками", "firmware.zip");
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
         QTRY_VERIFY(QApplication::activeModalWidget()->windowType() == Qt::ToolTip);
         QTest::qWait(50);
-        QCOMPARE(panel.Cell(0, 2), "");
+        QCOMPARE(fixture.Cell(0, 2), "");
         QVERIFY(QApplication::activeModalWidget()->close());
-        QFile::remove(Panel::Path("firmware.zip"));
+        QFile::remove(WindowFixture::Path("firmware.zip"));
     }
 
     void OneFileForOneRow()
     {
-        Actor one;
-        Panel panel;
-        panel.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
+        ScriptedBoard one;
+        WindowFixture fixture;
+        fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
         for (const auto& [name, content] : testdata::WithCertificates({{"fw_7_1_0_v1.4.bin", "image"}}))
-            testdata::WriteFile(Panel::Path("firmware/" + name), content);
+            testdata::WriteFile(WindowFixture::Path("firmware/" + name), content);
         const auto marked = [&] {
-            return panel.IsEnabled("buttonUpdate") && !panel.window->GetButton(0, 4)->icon().isNull();
+            return fixture.IsEnabled("buttonUpdate") && !fixture.window->GetButton(0, 4)->icon().isNull();
         };
-        panel.PressRow(0, 3);
-        panel.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
-        panel.driver.Step("taken", [&] { return panel.Cell(0, 2) == "1.4" && marked(); });
-        panel.PressRow(0, 4);
-        panel.driver.Step("off", [=] { return !marked(); });
-        panel.PressRow(0, 4);
-        panel.driver.Step("on again", marked);
-        QVERIFY2(panel.driver.Run(), qPrintable(panel.driver.Failure));
-        QCOMPARE(panel.Controls(), "idle");
+        fixture.PressRow(0, 3);
+        fixture.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
+        fixture.driver.Step("taken", [&] { return fixture.Cell(0, 2) == "1.4" && marked(); });
+        fixture.PressRow(0, 4);
+        fixture.driver.Step("off", [=] { return !marked(); });
+        fixture.PressRow(0, 4);
+        fixture.driver.Step("on again", marked);
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
+        QCOMPARE(fixture.Controls(), "idle");
     }
 };
 
-QTEST_MAIN(TestRoad)
-#include "tst_road.moc"
+QTEST_MAIN(TestOperatorFlow)
+#include "tst_operator_flow.moc"

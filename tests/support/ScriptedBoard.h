@@ -7,11 +7,11 @@
 #include <functional>
 
 /// A board that can be told to misbehave.
-struct Actor
+struct ScriptedBoard
 {
     struct Call
     {
-        Actor& actor;
+        ScriptedBoard& scripted;
         QTcpSocket& socket;
         QByteArray request;
         int word = 0; ///< of a binary request, otherwise 0
@@ -54,8 +54,8 @@ struct Actor
         return testdata::Board(name, type, "127.0.0.1", board.serverPort(), unit, cpu);
     }
 };
-using Call = Actor::Call;
-using Misdeed = decltype(Actor::fault);
+using Call = ScriptedBoard::Call;
+using Misdeed = decltype(ScriptedBoard::fault);
 
 /// Images for unit 1, processor 0 and unit 2, processor 1 of device 7, with their certificates.
 inline testdata::Files BothImages()

@@ -7,10 +7,10 @@
 #include <QTemporaryDir>
 
 /// A folder to extract into that holds a link out of it, and around it what nothing may touch.
-class Arena
+class ExtractionSandbox
 {
 public:
-    Arena();
+    ExtractionSandbox();
 
     QString Folder() const { return m_root.path() + "/deep/firmware"; }
     /// Extracts, as ExtractAll does, and requires that everything outside is as it was and that only files and folders,

@@ -1,4 +1,4 @@
-#include "Panel.h"
+#include "WindowFixture.h"
 
 #include "AppState.h"
 #include "Pack.h"
@@ -15,7 +15,7 @@
 
 using namespace std::chrono_literals;
 
-Panel::Panel()
+WindowFixture::WindowFixture()
 {
     // Several windows live and die in one test program; the last one closed must not end it.
     QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -39,12 +39,12 @@ Panel::Panel()
         QDir(Path(leftOver)).removeRecursively();
 }
 
-Panel::~Panel()
+WindowFixture::~WindowFixture()
 {
     QFile::remove(Path("updater.json"));
 }
 
-Instrument* Panel::Play(const TDeviceRecord& device, std::chrono::milliseconds restart)
+Instrument* WindowFixture::Play(const TDeviceRecord& device, std::chrono::milliseconds restart)
 {
     m_instruments.push_back(std::make_unique<Instrument>(
         device, Instrument::Options{.serial = "777", .restart = restart, .imageFolder = {}}));
@@ -54,7 +54,7 @@ Instrument* Panel::Play(const TDeviceRecord& device, std::chrono::milliseconds r
     return m_instruments.back().get();
 }
 
-void Panel::Open(const QList<TDeviceRecord>& devices)
+void WindowFixture::Open(const QList<TDeviceRecord>& devices)
 {
     testdata::WriteCatalogue(Path("updater.json"), devices);
     window = std::make_unique<MainWindow>(nullptr);
@@ -62,18 +62,18 @@ void Panel::Open(const QList<TDeviceRecord>& devices)
     WaitForVersions();
 }
 
-QString Panel::Path(const QString& name)
+QString WindowFixture::Path(const QString& name)
 {
     return QCoreApplication::applicationDirPath() + '/' + name;
 }
 
-QString Panel::Cell(int row, int column) const
+QString WindowFixture::Cell(int row, int column) const
 {
     const auto* table = window->findChild<QTableWidget*>("tableWidget");
     return table->item(row, column) ? table->item(row, column)->text() : QString();
 }
 
-QString Panel::Versions() const
+QString WindowFixture::Versions() const
 {
     QStringList versions;
     for (int row = 0; row < window->findChild<QTableWidget*>("tableWidget")->rowCount(); ++row)
@@ -81,7 +81,7 @@ QString Panel::Versions() const
     return versions.join(' ');
 }
 
-QString Panel::Status(int row) const
+QString WindowFixture::Status(int row) const
 {
     const QTableWidgetItem* item = window->findChild<QTableWidget*>("tableWidget")->item(row, 0);
     if (!item || item->icon().isNull())
@@ -93,12 +93,12 @@ QString Panel::Status(int row) const
     return "another icon";
 }
 
-bool Panel::IsEnabled(const QString& name) const
+bool WindowFixture::IsEnabled(const QString& name) const
 {
     return window->findChild<QWidget*>(name)->isEnabled();
 }
 
-QString Panel::Controls() const
+QString WindowFixture::Controls() const
 {
     for (const char* name : {"buttonClose", "buttonArchive", "button_DeviceType"}) {
         if (!IsEnabled(name))
@@ -121,17 +121,17 @@ QString Panel::Controls() const
     return g_busy || g_stopRequested ? "a flag is left behind" : "idle";
 }
 
-QString Panel::Text(const QString& name) const
+QString WindowFixture::Text(const QString& name) const
 {
     return window->findChild<QWidget*>(name)->property("text").toString();
 }
 
-QStringList Panel::SudoLog()
+QStringList WindowFixture::SudoLog()
 {
     return QString(testdata::ReadFile(qEnvironmentVariable("SUDO_LOG"))).split('\n', Qt::SkipEmptyParts);
 }
 
-void Panel::WaitForVersions()
+void WindowFixture::WaitForVersions()
 {
     driver.Step("versions are read", [this] {
         const auto* table = window->findChild<QTableWidget*>("tableWidget");
@@ -140,7 +140,7 @@ void Panel::WaitForVersions()
     });
 }
 
-void Panel::PackArchive(const testdata::Files& files)
+void WindowFixture::PackArchive(const testdata::Files& files)
 {
     const QTemporaryDir folder;
     for (const auto& [name, content] : files)
@@ -152,19 +152,19 @@ void Panel::PackArchive(const testdata::Files& files)
         qFatal("%s", qPrintable(LineOf(packed.findings.first())));
 }
 
-void Panel::TakeArchive(const testdata::Files& files)
+void WindowFixture::TakeArchive(const testdata::Files& files)
 {
     PackArchive(files);
     ChooseArchive();
 }
 
-void Panel::TakeBadArchive(const testdata::Files& files)
+void WindowFixture::TakeBadArchive(const testdata::Files& files)
 {
     testdata::WriteZip(Path("new.zip"), files);
     ChooseArchive();
 }
 
-void Panel::ChooseArchive()
+void WindowFixture::ChooseArchive()
 {
     driver.Press("buttonArchive");
     driver.ChooseFile("Открыть архив с прошивками", "new.zip");
@@ -172,7 +172,7 @@ void Panel::ChooseArchive()
                 [this] { return Controls() == "idle" && UiDriver::IsReachable(window.get()); });
 }
 
-void Panel::PressRow(int row, int column)
+void WindowFixture::PressRow(int row, int column)
 {
     driver.Do([=, this] { UiDriver::PressNow(window->GetButton(row, column)); });
 }

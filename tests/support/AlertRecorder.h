@@ -6,10 +6,10 @@
 #include <QMessageBox>
 
 /// Answers every box with its first button and keeps what was read.
-class BoxReader : public QObject
+class AlertRecorder : public QObject
 {
 public:
-    BoxReader() { startTimer(15); }
+    AlertRecorder() { startTimer(15); }
     QStringList texts;
 
 private:

@@ -12,7 +12,7 @@
 
 Q_DECLARE_METATYPE(Certificate)
 
-class TestDecisions : public QObject
+class TestRules : public QObject
 {
     Q_OBJECT
 
@@ -167,5 +167,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestDecisions)
-#include "tst_decisions.moc"
+QTEST_APPLESS_MAIN(TestRules)
+#include "tst_rules.moc"

@@ -1,4 +1,4 @@
-#include "Arena.h"
+#include "ExtractionSandbox.h"
 
 #include "Fuzz.h"
 
@@ -46,7 +46,7 @@ void RequireUntouched(const fs::path& root)
 
 } // namespace
 
-Arena::Arena()
+ExtractionSandbox::ExtractionSandbox()
 {
     fs::create_directories(Native(Folder()));
     fs::create_directories(Native(m_root.filePath("kept")));
@@ -54,14 +54,14 @@ Arena::Arena()
     Reset();
 }
 
-void Arena::Reset() const
+void ExtractionSandbox::Reset() const
 {
     for (const auto& inside : fs::directory_iterator(Native(Folder())))
         fs::remove_all(inside.path());
     fs::create_symlink("../../kept", Native(Folder() + "/link"));
 }
 
-bool Arena::Extract(const FirmwareArchive& archive) const
+bool ExtractionSandbox::Extract(const FirmwareArchive& archive) const
 {
     const bool allowed = MayBeExtracted(archive.Entries(), Folder());
     const bool extracted = archive.ExtractAll(Folder());
@@ -92,7 +92,7 @@ bool Arena::Extract(const FirmwareArchive& archive) const
     return extracted;
 }
 
-QByteArray Arena::Content(const QString& path) const
+QByteArray ExtractionSandbox::Content(const QString& path) const
 {
     QFile file(Folder() + '/' + path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

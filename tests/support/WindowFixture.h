@@ -12,11 +12,11 @@
 
 /// The program's window in this process, with the catalogue beside the test's executable and short time
 /// limits, and the instruments that a test switches on.
-class Panel
+class WindowFixture
 {
 public:
-    Panel();
-    ~Panel();
+    WindowFixture();
+    ~WindowFixture();
 
     /// Switches an instrument on. It stays on as long as the panel.
     Instrument* Play(const TDeviceRecord& device, std::chrono::milliseconds restart = std::chrono::milliseconds(100));
