@@ -1,16 +1,14 @@
-// The impatient operator: at every point of a whole road each enabled button is pressed in a session of its own, and in
-// another one the window is closed. A session is the window from its start to its end in a running application: search,
-// versions, archive, a second search that finds marked rows, update of two processors and a program, end box, and
-// behind a stop the update once more. The driver answers every dialog and goes on.
+// For every state that the window passes through in a whole update: the window is started anew and, in that state, one
+// enabled button is pressed (once, and twice) or the window is closed. The update searches, reads versions, takes an
+// archive, searches again over marked rows, and writes two processors and a program; behind a stop it is run once more.
+// The driver answers every dialog and goes on.
 //
-// A point is an entry of Qt's event dispatcher, a moment at which the program lets anything happen, that
-// shows a picture which the session has not shown before. The picture is all that can be observed: requests and
-// connections at the instrument, texts, cells, status icons, marks, progress, enabled buttons, open dialog. The waits
-// enter the dispatcher thousands of times between two pictures. A rehearsal lists the points; a cell strikes when its
-// session shows the same picture. Presses are events of the window system, also on what something modal blocks: there
-// they must come to nothing. Every button but a mark, which a second press only takes back, is also pressed twice.
-// The window is closed as a session that ends would do it, so behind open dialogs too. Buttons are push buttons: the
-// small tools of the file dialog are Qt's own.
+// A state is what can be observed at an entry of Qt's event dispatcher: requests and connections at the instrument,
+// texts, cells, status icons, marks, progress, enabled buttons, open dialog. A first run lists the states; a cell acts
+// when its own run shows the same one. Presses are events of the window system, also on what something modal blocks:
+// there they must come to nothing. A mark is not pressed twice, which only takes it back. The window is closed as by
+// the end of the desktop's session, so behind open dialogs too. Buttons are push buttons, without Qt's small tools of
+// the file dialog.
 
 #include "AppState.h"
 #include "ScriptedBoard.h"
