@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ArchiveJudge.h"
 #include "ArchiveAssignment.h"
+#include "ArchiveJudge.h"
 
 #include <QSet>
 

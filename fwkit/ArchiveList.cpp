@@ -79,7 +79,7 @@ private:
     QString Version(const ArchiveEntry& entry)
     {
         if (const auto text = SmallContent(entry.path + ".ver"))
-            return QString::fromUtf8(*text).trimmed();
+            return QString::fromUtf8(*text);
         const QString name = FileNameOf(entry.path);
         const QString version = VersionInName(name);
         return name.startsWith("fw_") && version != "BAD" ? version : QString();

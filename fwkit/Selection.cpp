@@ -1,9 +1,9 @@
 #include "Selection.h"
 
 #include "CatalogueCheck.h"
+#include "CatalogueText.h"
 #include "UsageError.h"
 
-#include <QFile>
 #include <QStringList>
 
 namespace {
@@ -25,13 +25,10 @@ std::optional<Finding> AboutCatalogue(const QString& path, const QByteArray& tex
 
 Selection SelectDevices(const QString& path, const QString& id)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        throw UsageError(
-            Kit::tr("%1: cannot be read (%2); name the catalogue with --catalogue").arg(path, WhyUnreadable(file)));
+    const QByteArray text = ReadCatalogueText(path);
     const auto config = std::make_shared<TAppConfigStruct>();
     config->LoadFromFile(path);
-    Selection selection{config, {}, AboutCatalogue(path, file.readAll())};
+    Selection selection{config, {}, AboutCatalogue(path, text)};
     QStringList known;
     for (int d = 0; d < config->DeviceCount; ++d) {
         const QString number = QString::number(config->Devices[d].IdDev);

@@ -128,8 +128,8 @@ private slots:
                             {"in/fw_7_1_0_v2.rpd", "x"},
                             {"in/tool", "x"},
                             {"in/view.txt", "x"}});
-        const Outcome outcome =
-            Run(folder, {"pack", "--catalogue", "@/updater.json", "--device", "7", "--output", "@/a.zip", "@/in"});
+        const Outcome outcome = Run(
+            folder, {"pack", "-q", "--catalogue", "@/updater.json", "--device", "7", "--output", "@/a.zip", "@/in"});
         QString told = outcome.err;
         told.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
         const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
@@ -204,8 +204,12 @@ private slots:
             "\n@/a.zip: 4 of 4 files have a certificate that matches.\n",
             "");
         row("list certificates", {"list", "@/b.zip"}, 0,
-            "x     2     -        missing\ny     1     -        different\nz     1     -        damaged\n", "");
-        row("list names", {"list", "--quiet", "@/b.zip"}, 0, "x\ny\nz\n", "");
+            "x      2     -                     missing\n"
+            "y      1     1 (and a line break)  different\n"
+            "y.ver  2     -                     missing\n"
+            "z      1     -                     damaged\n",
+            "");
+        row("list names", {"list", "--quiet", "@/b.zip"}, 0, "x\ny\ny.ver\nz\n", "");
         row("list for a script", {"list", "--json", "@/a.zip"}, 0, "\"version\": \"1.5\"", "");
         row("list no archive", {"list", "@/good.json"}, 2, "", "fwkit list: @/good.json: no zip archive, damaged");
         row("devices", {"devices", "@/good.json"}, 0, "IdDev  NAME  MODULES\n7      П     Один, Два, П1\n", "");
@@ -226,7 +230,8 @@ private slots:
         WriteCatalogue(folder);
         testdata::WriteCatalogue(folder.filePath("good.json"), {GoodDevice()});
         testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
-        testdata::WriteZip(folder.filePath("b.zip"), {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"z", "1"}});
+        testdata::WriteZip(folder.filePath("b.zip"),
+                        {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n"}, {"z", "1"}});
         QByteArray zip = testdata::ReadFile(folder.filePath("b.zip"));
         zip[zip.lastIndexOf("PK\1\2") + 8] = '\1'; // encrypted, as it says
         testdata::WriteFile(folder.filePath("b.zip"), zip);

@@ -241,7 +241,8 @@ private slots:
         row("no catalogue named", {"verify", "@/a.zip"}, " verify: missing: --catalogue; see --help");
         row("nothing named", {"pack"}, " pack: missing: --catalogue, --device, --output, FILE|FOLDER...; see");
         row("two devices", pack + QStringList{"-d", "8"}, " pack: --device is given more than once");
-        row("no such catalogue", verify + QStringList{"@/x", "@/a.zip"}, " verify: @/x: cannot be read (No such");
+        row("no such catalogue", verify + QStringList{"@/x", "@/a.zip"},
+            " verify: @/x: cannot be read (No such file or directory); name a readable catalogue");
         row("no device in it", verify + QStringList{"@/in/file", "@/a.zip"},
             " verify: @/in/file: the panel reads no device");
         row("no such device", verify + QStringList{"@/updater.json", "--device", "8", "x"},

@@ -722,10 +722,6 @@
         <translation>Архив, который будет собран.</translation>
     </message>
     <message>
-        <source>%1: cannot be read (%2); name the catalogue with --catalogue</source>
-        <translation>%1: не читается (%2); укажите каталог ключом --catalogue</translation>
-    </message>
-    <message>
         <source>%1: the panel reads no device from it; see what &quot;fwkit check %1&quot; says</source>
         <translation>%1: панель не находит в нём ни одного прибора; посмотрите, что скажет «fwkit check %1»</translation>
     </message>
