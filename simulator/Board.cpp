@@ -70,7 +70,7 @@ Board::Outcome Board::HandleText(const QByteArray& command) const
         answer = "SERIAL " + m_serial + ";";
     else if (command == "VER ?;")
         answer = "VER " + Versions() + ";";
-    else // whatever was sent, the log stays readable text
+    else // percent encoding keeps bytes that cannot be printed out of the log
         Refuse("unknown text command \"" + command.toPercentEncoding(" ?;") + '"');
     return {Frame::ContentPdu(Frame::TextFunction, answer.toUtf8()), command, " answered " + answer};
 }
@@ -167,7 +167,7 @@ void Board::ForgetNewImages()
 
 QString Board::Versions() const
 {
-    // Whoever asks a board with one processor takes the only word, whatever that processor's number is.
+    // Clients take the only word of the answer, whatever the number of a single processor is.
     if (m_processors.size() == 1)
         return m_processors.begin()->second.version;
     QStringList words(m_processors.rbegin()->first + 1, "0.0");

@@ -9,10 +9,10 @@
 
 namespace {
 
-// With more processors the versions of a full device would not fit one answer.
+// With higher numbers the versions of all processors might not fit in one answer.
 constexpr int MaxProcessor = 28;
 
-/// The key of the first value that cannot be played; empty when all can.
+/// The key of the first value that is out of range; empty when there is none.
 QString UnplayableKey(const TBoardRecord& board)
 {
     if (!IsIPv4(board.Ip))
@@ -29,10 +29,10 @@ QString UnplayableKey(const TBoardRecord& board)
     throw UsageError(finding.file + ':' + finding.place + ": " + finding.effect + "; " + finding.remedy);
 }
 
-/// `board`: its path, as findings have it.
+/// `board`: its path in the catalogue, as in findings.
 [[noreturn]] void Refuse(const QString& file, const CatalogueReport& report, const QString& board, const QString& key)
 {
-    // What has a "File" but neither "Path" nor "Ip" has one finding for both.
+    // A board with "File" but neither "Path" nor "Ip" has its only finding at "Path".
     for (const QString& path : {board + '.' + key, board + ".Path"}) {
         for (const Finding& finding : report.findings) {
             if (finding.place.endsWith(": " + path) && finding.kind != "duplicate-key")
@@ -44,10 +44,10 @@ QString UnplayableKey(const TBoardRecord& board)
 
 } // namespace
 
-Played LoadDevice(const QString& path, const QString& id)
+SimulatedDevice LoadDevice(const QString& path, const QString& id)
 {
     const CatalogueReport report = CheckCatalogue(path, ReadCatalogueText(path));
-    // A text that is no catalogue at all has nothing else to be told of.
+    // A text that is no catalogue at all has exactly one finding.
     if (report.devices == 0 && report.findings.size() == 1)
         Refuse(report.findings.first());
     const Selection selection = SelectDevices(path, id);

@@ -2,13 +2,13 @@
 
 #include "AppConfig.h"
 
-/// What is played, and what is to be said of the catalogue that it comes from.
-struct Played
+/// The device to simulate.
+struct SimulatedDevice
 {
     TDeviceRecord device;
-    QString note; ///< one line; empty when "fwkit check" has nothing to say
+    QString note; ///< one line for the log when "fwkit check" has findings for the catalogue; else empty
 };
 
-/// The device with that IdDev, the catalogue's first for an empty `id`, checked for all a simulation needs of it.
-/// Throws UsageError.
-Played LoadDevice(const QString& path, const QString& id);
+/// The first device with the IdDev `id`, or the catalogue's first device when `id` is empty. Throws UsageError when the
+/// catalogue cannot be read, or the device has no firmware modules or an address or number out of range.
+SimulatedDevice LoadDevice(const QString& path, const QString& id);

@@ -18,8 +18,8 @@ namespace {
 /// Long enough for the client to see each segment by itself.
 constexpr std::chrono::milliseconds SegmentPause{1};
 
-/// How a line about a request begins.
-QString Named(int number)
+/// The start of a log line about a request.
+QString RequestPrefix(int number)
 {
     return QString("request %1: ").arg(number);
 }
@@ -49,7 +49,7 @@ Board* Endpoint::Unit(int address, const QString& type)
 
 bool Endpoint::Listen(QString* error)
 {
-    // For no address at all Qt would listen on every one of the machine.
+    // With a null address Qt would listen on all addresses of the machine.
     if (!m_ip.isNull() && m_server->listen(m_ip, m_port)) {
         m_port = m_server->serverPort();
         return true;
@@ -86,7 +86,7 @@ void Endpoint::Read(QTcpSocket* socket)
     const QByteArray bytes = socket->readAll();
     if (m_connections.contains(socket))
         m_connections[socket].stream += bytes;
-    // Looked up for every request: an accepted image closes connections, this one among them.
+    // Looked up again for every request: serving one may close this connection.
     while (m_connections.contains(socket)) {
         Frame::Request request;
         const Frame::Taken taken = Frame::TakeRequest(m_connections[socket].stream, request);
@@ -106,10 +106,10 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     Connection& connection = m_connections[socket];
     if (connection.fault && connection.last == request) {
         m_plan->CountRepetition();
-        return Log(request.unit, Named(connection.number) + "repeated, not answered");
+        return Log(request.unit, RequestPrefix(connection.number) + "repeated, not answered");
     }
     const auto unit = m_units.find(request.unit);
-    const std::optional<Fault::Kind> fault = m_plan->Strike(unit != m_units.end() && !unit->second.IsSilent());
+    const std::optional<Fault::Kind> fault = m_plan->CountRequest(unit != m_units.end() && !unit->second.IsSilent());
     const int number = m_plan->RequestCount();
     if (fault)
         LogBlocks();
@@ -121,30 +121,30 @@ void Endpoint::Serve(QTcpSocket* socket, const Frame::Request& request)
     if (unit == m_units.end()) {
         const quint8 function = quint8(request.pdu.at(0));
         socket->write(Frame::Answer(request, Frame::ExceptionPdu(function, Frame::TargetDoesNotRespond)));
-        return Log(request.unit, Named(number) + "no such unit here, refused with exception 0x0b");
+        return Log(request.unit, RequestPrefix(number) + "no such unit here, refused with exception 0x0b");
     }
     if (unit->second.IsSilent())
-        return Log(request.unit, Named(number) + "restarting, not answered");
+        return Log(request.unit, RequestPrefix(number) + "restarting, not answered");
     if (fault && !Fault::LetsBoardAct(*fault))
-        return Lose(socket, request, *fault);
+        return DropRequest(socket, request, *fault);
     const Board::Outcome outcome = unit->second.Handle(request.pdu);
     if (!fault && outcome.block > 0)
         CountBlock(request.unit, number, outcome.block);
     else if (!fault)
-        Log(request.unit, Named(number) + outcome.event + outcome.reply);
+        Log(request.unit, RequestPrefix(number) + outcome.event + outcome.reply);
     if (outcome.accepted != nullptr && !m_options.imageFolder.isEmpty())
         Save(request.unit, *outcome.accepted);
-    // The answer is still in Qt's buffer when the restart begins, and goes out, before the hang-up, once the
-    // event loop has control again: whoever gets it finds the unit already off the network.
+    // The restart begins while the answer is still in Qt's buffer. The event loop sends it before it closes the
+    // connection, so a client that has the answer finds the unit already off the network.
     const std::function<void()> restart = [this, address = request.unit] { Restart(address); };
     Answer(
         socket, request, outcome, outcome.accepted != nullptr ? restart : [] {});
 }
 
-void Endpoint::Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault)
+void Endpoint::DropRequest(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault)
 {
     Send({socket, Fault::Segments(fault, request, {}), request.unit,
-          Named(m_plan->RequestCount()) + "fault " + Fault::Name(fault) + ", not carried out"});
+          RequestPrefix(m_plan->RequestCount()) + "fault " + Fault::Name(fault) + ", not carried out"});
     if (fault == Fault::Off || fault == Fault::Refuse)
         Stop();
     m_isOff = m_isOff || fault == Fault::Off;
@@ -172,7 +172,7 @@ void Endpoint::Answer(QTcpSocket* socket, const Frame::Request& request, const B
     const std::optional<Fault::Kind> fault = m_connections[socket].fault;
     if (!fault)
         return Send({socket, {answer}, request.unit, {}, {}, then});
-    const QString line = Named(m_plan->RequestCount()) + "fault " + Fault::Name(*fault);
+    const QString line = RequestPrefix(m_plan->RequestCount()) + "fault " + Fault::Name(*fault);
     const QList<QByteArray> segments = Fault::Segments(*fault, request, answer);
     if (fault != Fault::Late && fault != Fault::TooLate) {
         Send({socket, segments, request.unit, line, ": " + outcome.event, then});
@@ -188,7 +188,7 @@ void Endpoint::Answer(QTcpSocket* socket, const Frame::Request& request, const B
 
 void Endpoint::Send(Sending sending)
 {
-    // A client that is gone misses the rest; the board goes on all the same.
+    // When the client is gone the rest is not sent, but the board still does what follows.
     if (!sending.segments.isEmpty() && m_connections.contains(sending.socket)) {
         const QByteArray segment = sending.segments.takeFirst();
         sending.socket->write(segment);
@@ -221,7 +221,7 @@ void Endpoint::LogBlocks()
     if (blocks.count == 0)
         return;
     const QString which =
-        blocks.count == 1 ? Named(blocks.first) + "1 block"
+        blocks.count == 1 ? RequestPrefix(blocks.first) + "1 block"
                           : QString("requests %1..%2: %3 blocks").arg(blocks.first).arg(blocks.last).arg(blocks.count);
     Log(blocks.unit, which + QString(" taken, %1 image bytes").arg(blocks.bytes));
 }
@@ -230,7 +230,7 @@ void Endpoint::Silence(int address)
 {
     m_units.at(address).GoSilent();
     Log(address, QString("silent for %1 s").arg(Seconds(m_options.restart)));
-    // With nobody left to answer, the address is off the network, as a restarting board's is.
+    // When every unit is silent nothing listens, as with a board that restarts.
     if (std::all_of(m_units.begin(), m_units.end(), [](const auto& unit) { return unit.second.IsSilent(); }))
         Stop();
     const QList<QTcpSocket*> sockets = m_connections.keys();
@@ -248,7 +248,7 @@ void Endpoint::ComeBack(int address)
 
 void Endpoint::Restart(int address)
 {
-    const std::optional<Fault::Kind> fault = m_plan->TakeArmed();
+    const std::optional<Fault::Kind> fault = m_plan->TakePending();
     Silence(address);
     if (fault == Fault::NeverRestarts)
         return Log(address, "fault never-restarts");
@@ -257,7 +257,7 @@ void Endpoint::Restart(int address)
         if (fault == Fault::OldVersion)
             board.ForgetNewImages();
         if (fault == Fault::OtherType)
-            board.Become("ANOTHER");
+            board.SetType("ANOTHER");
         if (fault)
             Log(address, "fault " + Fault::Name(*fault));
         ComeBack(address);

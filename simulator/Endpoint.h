@@ -13,23 +13,23 @@
 class QTcpServer;
 class QTcpSocket;
 
-/// One listening socket with the units behind it.
+/// One listening socket and the units that answer on it.
 class Endpoint : public QObject
 {
     Q_OBJECT
 public:
-    /// Port 0: the system gives one out when Listen is called.
-    /// `plan` is the instrument's and outlives the endpoint.
+    /// Port 0: the system chooses one when Listen is called. `plan` is not owned and must outlive the endpoint.
     Endpoint(const QString& ip, quint16 port, Instrument::Options options, FaultPlan* plan, QObject* parent);
 
-    /// The unit at `address`, made with `type` when it is new. The endpoint keeps it.
+    /// The unit at `address`, made with `type` when there is none. Owned by the endpoint.
     Board* Unit(int address, const QString& type);
-    /// False with one line in *error.
+    /// On failure returns false and sets *error to one line.
     bool Listen(QString* error);
-    /// Neither listens nor has connections any more.
+    /// Stops listening and closes all connections.
     void Stop();
-    /// Logs the blocks that came since the last line.
+    /// Logs the blocks that were counted since the last log line.
     void LogBlocks();
+    /// The port in use, once Listen has succeeded.
     quint16 Port() const { return m_port; }
 
 signals:
@@ -40,13 +40,13 @@ private:
     struct Connection
     {
         QByteArray stream;
-        QSet<int> units;                  ///< unit addresses it sent requests to
-        std::optional<Fault::Kind> fault; ///< that struck `last`
+        QSet<int> units;                  ///< unit addresses that the client sent requests to
+        std::optional<Fault::Kind> fault; ///< that was applied to `last`
         Frame::Request last;
         int number = 0; ///< of `last`
     };
 
-    /// Blocks that came one after the other: thousands of them are one line of the log.
+    /// Consecutive blocks: there may be thousands, and the log has one line for all.
     struct Blocks
     {
         int unit = 0;
@@ -56,27 +56,27 @@ private:
         qsizetype bytes = 0;
     };
 
-    /// What is to be sent, and the line that says so when it was.
+    /// Segments to send, and the log line to write afterwards.
     struct Sending
     {
         QPointer<QTcpSocket> socket;
         QList<QByteArray> segments;
         int unit = 0;
-        QString line;       ///< goes before what was sent; empty: no line
-        QString event = {}; ///< goes behind it
-        std::function<void()> then = [] {};
-        QByteArrayList sent = {}; ///< so far, each segment as hex
+        QString line;                       ///< start of the line, before the bytes sent; empty: no line
+        QString event = {};                 ///< end of the line, after the bytes sent
+        std::function<void()> then = [] {}; ///< called when all is sent or the client is gone
+        QByteArrayList sent = {};           ///< so far, each segment as hex
     };
 
     void AcceptConnections();
     void Read(QTcpSocket* socket);
     void Serve(QTcpSocket* socket, const Frame::Request& request);
-    /// What a fault does by which the board never sees the request.
-    void Lose(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault);
-    /// Answers `request`, calls `then` when all of it is sent.
+    /// Carries out a fault that keeps the request from the board.
+    void DropRequest(QTcpSocket* socket, const Frame::Request& request, Fault::Kind fault);
+    /// Answers `request` and calls `then` when all of the answer is sent.
     void Answer(QTcpSocket* socket, const Frame::Request& request, const Board::Outcome& outcome,
                 const std::function<void()>& then);
-    /// Sends the first segment, and each of the others by itself behind it.
+    /// Sends the first segment, and each of the others after a pause.
     void Send(Sending sending);
     void CountBlock(int unit, int number, qsizetype bytes);
     void Restart(int address);
@@ -86,7 +86,7 @@ private:
     void Log(const QString& what);
     void Log(int address, const QString& what);
 
-    /// Takes the unit off the network.
+    /// Makes the unit silent and closes its connections; stops listening when all units are silent.
     void Silence(int address);
     void ComeBack(int address);
 
@@ -95,7 +95,7 @@ private:
     Instrument::Options m_options;
     FaultPlan* m_plan;
     QTcpServer* m_server;                         // child
-    std::map<int, Board> m_units;                 // by unit address; a map, so that units never move
+    std::map<int, Board> m_units;                 // by unit address; std::map keeps pointers to units valid
     QHash<QTcpSocket*, Connection> m_connections; // the sockets are children of m_server
     Blocks m_blocks;
     bool m_isOff = false;

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Positions in a frame of a private function: the header's length, and the function's own length.
+// Offsets in a frame of a private function: the header's length field, and the function's length word.
 constexpr int LengthAt = 4;
 constexpr int InnerLengthAt = 8;
 
@@ -21,7 +21,7 @@ QByteArray WithLength(QByteArray frame, int change)
 
 QByteArray WithInnerLength(QByteArray frame, int change)
 {
-    // An exception has none.
+    // An exception answer has no length word.
     if (frame.size() > InnerLengthAt + 1)
         frame[InnerLengthAt] = char(frame[InnerLengthAt] + change);
     return frame;
@@ -170,7 +170,7 @@ QList<QByteArray> Fault::Segments(Kind kind, const Frame::Request& request, cons
     return {answer};
 }
 
-std::optional<Fault::Kind> FaultPlan::Strike(bool isHeard)
+std::optional<Fault::Kind> FaultPlan::CountRequest(bool isHeard)
 {
     ++m_requests;
     for (qsizetype i = 0; i < m_faults.size(); ++i) {
@@ -178,37 +178,37 @@ std::optional<Fault::Kind> FaultPlan::Strike(bool isHeard)
         if (fault.request != Fault::Always && fault.request != m_requests)
             continue;
         if (Fault::WaitsForAnImage(fault.kind)) {
-            m_armed = i;
+            m_pending = i;
         } else if (isHeard) {
-            m_struck.insert(i);
+            m_applied.insert(i);
             return fault.kind;
         }
     }
     return std::nullopt;
 }
 
-std::optional<Fault::Kind> FaultPlan::TakeArmed()
+std::optional<Fault::Kind> FaultPlan::TakePending()
 {
-    const auto armed = std::exchange(m_armed, std::nullopt);
-    if (!armed)
+    const auto pending = std::exchange(m_pending, std::nullopt);
+    if (!pending)
         return std::nullopt;
-    m_struck.insert(*armed);
-    return m_faults[*armed].kind;
+    m_applied.insert(*pending);
+    return m_faults[*pending].kind;
 }
 
 void FaultPlan::Set(const QList<Fault>& faults)
 {
     m_faults = faults;
-    m_struck.clear();
-    m_armed.reset();
+    m_applied.clear();
+    m_pending.reset();
 }
 
-QList<Fault> FaultPlan::Unstruck() const
+QList<Fault> FaultPlan::NeverApplied() const
 {
-    QList<Fault> unstruck;
+    QList<Fault> neverApplied;
     for (qsizetype i = 0; i < m_faults.size(); ++i) {
-        if (!m_struck.contains(i))
-            unstruck.append(m_faults[i]);
+        if (!m_applied.contains(i))
+            neverApplied.append(m_faults[i]);
     }
-    return unstruck;
+    return neverApplied;
 }

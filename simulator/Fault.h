@@ -40,51 +40,54 @@ struct Fault
     static constexpr int Always = 0;
 
     Kind kind = Off;
-    int request = Always; ///< which request it strikes, counted from 1 over all units of the instrument
+    int request = Always; ///< number of the request it applies to, counted from 1 over all units
 
-    /// What the command line and the log call a kind, and what the board does.
+    /// The name of a kind on the command line and in the log, and what the board does.
     struct Entry
     {
         QString name;
         QString meaning;
     };
-    /// By kind.
+    /// Indexed by Kind.
     static const QList<Entry>& Table();
     static QString Name(Kind kind);
     /// "KIND@N" or "KIND@always", as Parse reads it.
     QString Text() const;
-    /// Reads "KIND@N[,KIND@N…]", N a number from 1 or "always". Nothing, with one line in *error, for what is none.
+    /// Reads "KIND@N[,KIND@N…]", N a number from 1 or "always". For any other text returns
+    /// std::nullopt and sets *error to one line.
     static std::optional<QList<Fault>> Parse(const QString& text, QString* error);
 
-    /// Whether the board carries the request out before the fault shows.
+    /// Whether the board still carries out the request.
     static bool LetsBoardAct(Kind kind);
-    /// Whether it shows at the next accepted image, not at the request itself.
+    /// Whether the fault applies to the next accepted image, not to the request itself.
     static bool WaitsForAnImage(Kind kind);
-    /// What is sent instead of the frame `answer`, each part in a segment of its own; empty: nothing.
+    /// What is sent instead of the frame `answer`, one TCP segment for each element; empty: nothing is sent.
     static QList<QByteArray> Segments(Kind kind, const Frame::Request& request, const QByteArray& answer);
 };
 
-/// Decides which fault strikes the request that comes now. One for all sockets of an instrument.
+/// Counts requests and decides which fault applies to each. All sockets of an instrument share one.
 class FaultPlan
 {
 public:
-    /// Counts a request. The kind that strikes it, if any; `isHeard`: there is a unit that can misbehave.
-    std::optional<Fault::Kind> Strike(bool isHeard);
-    /// A client sends a request once more that was struck already; it keeps its number.
+    /// Counts a request and returns the fault that applies to it, if any. `isHeard`: a unit that is not silent gets it;
+    /// without one only faults that wait for an image take effect.
+    std::optional<Fault::Kind> CountRequest(bool isHeard);
+    /// Counts a request that the client repeats after a fault; it gets no new number.
     void CountRepetition() { ++m_repetitions; }
-    /// The armed fault for an image that was accepted just now; it strikes one image only, unless it always does.
-    std::optional<Fault::Kind> TakeArmed();
+    /// The fault that is pending for the image accepted just now, if any; it is no longer pending afterwards.
+    std::optional<Fault::Kind> TakePending();
+    /// Replaces all faults; the numbers of requests go on.
     void Set(const QList<Fault>& faults);
-    /// Those that never showed so far.
-    QList<Fault> Unstruck() const;
+    /// The faults that have not been applied so far.
+    QList<Fault> NeverApplied() const;
 
     int RequestCount() const { return m_requests; }
     int RepetitionCount() const { return m_repetitions; }
 
 private:
     QList<Fault> m_faults;
-    QSet<qsizetype> m_struck; // indexes in m_faults
-    std::optional<qsizetype> m_armed;
+    QSet<qsizetype> m_applied; // indexes in m_faults
+    std::optional<qsizetype> m_pending;
     int m_requests = 0;
     int m_repetitions = 0;
 };

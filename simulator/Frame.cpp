@@ -6,7 +6,7 @@ namespace Frame {
 
 namespace {
 
-// Transaction, protocol and length; the length counts the unit byte and the PDU behind it.
+// Transaction, protocol and length; the length counts the unit byte and the PDU after it.
 constexpr int PrefixSize = 6;
 constexpr int MinLength = 2;
 constexpr int MaxLength = 254;

@@ -4,11 +4,11 @@
 
 #include <QByteArray>
 
-/// The server's side of the wire. The header is big-endian (MODBUS Messaging on TCP/IP Implementation
-/// Guide); everything inside the two private functions is little-endian, as the boards have it.
+/// Modbus TCP frames as a server reads and writes them. The header is big-endian (MODBUS Messaging on TCP/IP
+/// Implementation Guide); everything inside the two private functions is little-endian, as the boards have it.
 namespace Frame {
 
-/// From the range MODBUS Application Protocol leaves to the user.
+/// Function codes from the user-defined range of MODBUS Application Protocol.
 enum Function : quint8 { TextFunction = 0x47, BinaryFunction = 0x48 };
 
 /// Exception codes of MODBUS Application Protocol.
@@ -19,7 +19,7 @@ enum Code : quint8 {
     TargetDoesNotRespond = 0x0B,
 };
 
-/// Thrown for a request that is answered with an exception code.
+/// Thrown for a request that must be answered with an exception code; Board::Handle catches it.
 class Refusal : public Error
 {
 public:
@@ -54,22 +54,22 @@ constexpr quint16 FinishWord = 0xA003;
 
 enum class Taken { Incomplete, Whole, Malformed };
 
-/// Moves one request from the front of `stream` into `request`; both keep their contents unless it is
-/// Whole. After Malformed the stream has no frame boundary any more.
+/// Moves one request from the front of `stream` into `request`; both are unchanged unless it returns Whole. After
+/// Malformed the next frame in the stream cannot be found.
 Taken TakeRequest(QByteArray& stream, Request& request);
 /// The frame that answers `request` with `pdu`.
 QByteArray Answer(const Request& request, const QByteArray& pdu);
 
 QByteArray ExceptionPdu(quint8 function, Code code);
-/// Answer of a private function; what does not fit one frame is cut off `content`.
+/// Answer of a private function; `content` is cut to the 250 bytes that fit in a frame.
 QByteArray ContentPdu(Function function, const QByteArray& content);
 
-/// What follows the length word of a private function. Throws Refusal when that is not as long.
+/// What follows the length word of a private function. Throws Refusal when its size is not that length.
 QByteArray Content(const QByteArray& pdu);
-/// Throws Refusal when lengths contradict; the command word is not judged.
+/// Throws Refusal when the size of `content` does not match the command; an unknown command word is accepted.
 BinaryCommand BinaryOf(const QByteArray& content);
 
-/// CRC-16/MODBUS of `data`; a CRC of what stands before `data` as `start` continues it.
+/// CRC-16/MODBUS of `data`. To continue a CRC, pass the CRC of the bytes before `data` as `start`.
 quint16 Crc16(const QByteArray& data, quint16 start = 0xFFFF);
 
 } // namespace Frame

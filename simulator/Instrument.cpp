@@ -40,8 +40,8 @@ void Instrument::End()
         endpoint->Stop();
         endpoint->LogBlocks();
     }
-    const QList<Fault> unstruck = m_plan.Unstruck();
-    for (const Fault& fault : unstruck)
+    const QList<Fault> neverApplied = m_plan.NeverApplied();
+    for (const Fault& fault : neverApplied)
         emit Event("fault " + fault.Text() + " never struck");
 }
 

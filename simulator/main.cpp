@@ -23,7 +23,7 @@ namespace {
 constexpr int MaxSerial = 64;
 constexpr double MaxRestartSeconds = 3600;
 
-/// Whoever watches through a pipe sees each line when it happens. Throws UsageError.
+/// Writes to stdout and flushes, so that a reader of a pipe gets each line at once. Throws UsageError.
 void Write(const QString& text)
 {
     if (std::fputs(text.toLocal8Bit().constData(), stdout) >= 0 && std::fflush(stdout) == 0)
@@ -32,7 +32,7 @@ void Write(const QString& text)
                      + "); make room where it goes, or let it be read to the end");
 }
 
-/// The first failure to write the log ends the program; nothing may be thrown through the event loop.
+/// Ends the event loop when a line cannot be written; an exception must not pass through the event loop.
 class Log
 {
 public:
@@ -120,7 +120,7 @@ Instrument::Options ReadOptions(const QCommandLineParser& parser)
         throw UsageError(QString("--restart must be a number of seconds 0..%1").arg(MaxRestartSeconds));
     options.restart = std::chrono::milliseconds(std::llround(seconds * 1000));
     options.imageFolder = parser.value("images");
-    // Only a file really made there shows that this user can write to the folder.
+    // Making a file is the only reliable check that this user can write to the folder.
     const QString probe = options.imageFolder + "/probe-XXXXXX";
     if (parser.isSet("images") && (options.imageFolder.isEmpty() || !QTemporaryFile(probe).open()))
         throw UsageError("--images \"" + options.imageFolder + "\" must be a folder where files can be written");
@@ -169,7 +169,7 @@ int main(int argc, char* argv[])
     const QCoreApplication app(argc, argv);
     QCommandLineParser parser;
     AddOptions(parser);
-    // A reader of the log that is gone is an error of the next line, which names it.
+    // Without a reader of the log the next write then fails and is reported, instead of ending the program silently.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         if (!parser.parse(QCoreApplication::arguments()))
