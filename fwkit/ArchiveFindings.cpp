@@ -13,7 +13,7 @@
 
 namespace {
 
-/// What stands between the prefix and the extension of an image's name.
+/// The part of an image's name between prefix and extension.
 QString WrittenVersion(const QString& entry, const QString& prefix)
 {
     constexpr int ExtensionSize = 4;
@@ -22,15 +22,15 @@ QString WrittenVersion(const QString& entry, const QString& prefix)
     return at < 0 ? QString() : name.mid(at + prefix.size()).chopped(ExtensionSize);
 }
 
-/// Whether the update passes by a file at `path` below a program folder.
-bool IsPassedBy(const QString& path)
+/// Whether the update does not copy the file at `path` below a program folder.
+bool IsSkippedByUpdate(const QString& path)
 {
     const QStringList parts = path.split('/');
     return std::any_of(parts.begin(), parts.end(), [](const QString& part) { return part.startsWith('.'); })
            || std::any_of(parts.begin(), parts.end() - 1, IsNeverCopied);
 }
 
-/// Whether a board can answer with `version`, so that the row is right after the update.
+/// Whether a board's answer can carry `version`: only then can the check after the update succeed.
 bool CanBeAnswered(const QString& version, int idCpu)
 {
     const QString answer = "VER " + version + ';';
@@ -60,11 +60,11 @@ ArchiveFindings::ArchiveFindings(const QString& name, const QList<ArchiveEntry>&
 
 void ArchiveFindings::Add(const char* kind, const QString& place, const QString& effect, const QString& remedy)
 {
-    // Devices may have modules in common: the same is not said twice.
-    const QString said = kind + ('\n' + place) + '\n' + effect;
-    if (m_said.contains(said))
+    // Devices may have modules in common: each finding is added once.
+    const QString key = kind + ('\n' + place) + '\n' + effect;
+    if (m_added.contains(key))
         return;
-    m_said.insert(said);
+    m_added.insert(key);
     m_findings.append({kind, m_name, place, effect, remedy});
 }
 
@@ -108,12 +108,12 @@ void ArchiveFindings::AboutCertificate(const ArchiveEntry& entry, Certificate ce
             Kit::tr("write the certificate with fwkit certify --force: 32 raw bytes"));
 }
 
-void ArchiveFindings::AboutModules(const DeviceWalk& walk)
+void ArchiveFindings::AboutModules(const DeviceAssignment& assignment)
 {
-    AboutSharing(walk);
-    for (int row = 0; row < walk.device->BoardCount; ++row) {
-        const TBoardRecord& board = walk.device->Boards.at(row);
-        const QList<TakenFile>& taken = walk.taken[row];
+    AboutSharing(assignment);
+    for (int row = 0; row < assignment.device->BoardCount; ++row) {
+        const TBoardRecord& board = assignment.device->Boards.at(row);
+        const QList<TakenFile>& taken = assignment.taken[row];
         for (qsizetype i = 0; i + 1 < taken.size(); ++i)
             Add("fight", taken[i].entry,
                 Kit::tr("The module \"%1\" takes this file and then, in its place, %2")
@@ -125,21 +125,21 @@ void ArchiveFindings::AboutModules(const DeviceWalk& walk)
             AboutProgram(board, taken.last());
         if (taken.last().isEmpty)
             AboutEmptiness(board, taken.last());
-        AboutVersion(*walk.device, board, taken.last());
+        AboutVersion(*assignment.device, board, taken.last());
     }
 }
 
-void ArchiveFindings::AboutSharing(const DeviceWalk& walk)
+void ArchiveFindings::AboutSharing(const DeviceAssignment& assignment)
 {
     QHash<QString, int> takers;
-    for (int row = 0; row < walk.device->BoardCount; ++row) {
-        for (const TakenFile& file : walk.taken[row]) {
+    for (int row = 0; row < assignment.device->BoardCount; ++row) {
+        for (const TakenFile& file : assignment.taken[row]) {
             const int first = takers.value(file.entry, row);
-            const TBoardRecord& one = walk.device->Boards.at(first);
-            const TBoardRecord& other = walk.device->Boards.at(row);
+            const TBoardRecord& one = assignment.device->Boards.at(first);
+            const TBoardRecord& other = assignment.device->Boards.at(row);
             takers.insert(file.entry, first);
             // Equal boards at several addresses share their image on purpose.
-            if (FilePattern(*walk.device, one) != FilePattern(*walk.device, other))
+            if (FilePattern(*assignment.device, one) != FilePattern(*assignment.device, other))
                 Add("two-modules", file.entry,
                     Kit::tr("Both modules \"%1\" and \"%2\" take it").arg(one.Name, other.Name),
                     Kit::tr("give it a path that only one module's name is part of"));
@@ -154,7 +154,7 @@ void ArchiveFindings::AboutProgram(const TBoardRecord& board, const TakenFile& f
             Kit::tr("The module \"%1\" takes it, but the update copies the folder \"%2\" only")
                 .arg(board.Name, board.Folder),
             Kit::tr("put it at %1").arg(ProgramEntry(board)));
-    if (IsNeverCopied(QDir(QDir::cleanPath(QString(PanelFolder) + '/' + board.Folder)).dirName()))
+    if (IsNeverCopied(QDir(QDir::cleanPath(QString(DisplayedExtractionFolder) + '/' + board.Folder)).dirName()))
         Add("never-copied", file.entry,
             Kit::tr("The module \"%1\" takes it, but the update never copies a folder \"%2\"")
                 .arg(board.Name, board.Folder),
@@ -199,16 +199,16 @@ void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardReco
                         Kit::tr("write %1.ver without it, as printf does and echo does not").arg(file.entry)});
 }
 
-void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks, const Selection& selection)
+void ArchiveFindings::AboutLeftOver(const QList<DeviceAssignment>& assignments, const Selection& selection)
 {
     QSet<QString> used;
     QSet<QString> programFiles;
     QStringList folders;
-    for (const DeviceWalk& walk : walks) {
-        for (int row = 0; row < walk.device->BoardCount; ++row) {
-            for (const TakenFile& file : walk.taken[row])
+    for (const DeviceAssignment& assignment : assignments) {
+        for (int row = 0; row < assignment.device->BoardCount; ++row) {
+            for (const TakenFile& file : assignment.taken[row])
                 used << file.entry << file.entry + ".ver";
-            const TBoardRecord& board = walk.device->Boards.at(row);
+            const TBoardRecord& board = assignment.device->Boards.at(row);
             if (!board.IsProgram() || !m_certificates.contains(ProgramEntry(board)))
                 continue;
             programFiles.insert(ProgramEntry(board));
@@ -221,10 +221,10 @@ void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks, const Select
         const auto folder = std::find_if(folders.begin(), folders.end(),
                                          [&](const QString& start) { return entry.path.startsWith(start); });
         if (folder == folders.end() || programFiles.contains(entry.path)) {
-            // When only its certificate is to blame, that has been said.
+            // A file whose only fault is its certificate has a finding already.
             if (const auto unused = WhyUnused(entry.path, selection))
                 Add(unused->kind, entry.path, unused->effect, unused->remedy);
-        } else if (IsPassedBy(entry.path.mid(folder->size()))) {
+        } else if (IsSkippedByUpdate(entry.path.mid(folder->size()))) {
             Add("never-copied", entry.path,
                 Kit::tr("The update copies neither hidden files nor folders called base, firmware or update.old"),
                 Kit::tr("rename it, or leave it out"));
@@ -232,13 +232,13 @@ void ArchiveFindings::AboutLeftOver(const QList<DeviceWalk>& walks, const Select
     }
 }
 
-Finding Refused(const QString& name, const ArchiveEntry& culprit, bool isOutside)
+Finding Refused(const QString& name, const ArchiveEntry& refused, bool isOutside)
 {
-    const QString why = culprit.isLink ? Kit::tr("is a link")
+    const QString why = refused.isLink ? Kit::tr("is a link")
                         : isOutside    ? Kit::tr("leads out of the folder, or is too long or too deep for it")
                                        : Kit::tr("is to be a file and a folder at once");
     return {
-        "refused", name, QString::fromLocal8Bit(culprit.claim.name),
+        "refused", name, QString::fromLocal8Bit(refused.claim.name),
         Kit::tr("The panel refuses the whole archive because this entry %1: the waiting message stays on the screen "
                 "for ever")
             .arg(why),

@@ -15,8 +15,8 @@
 
 namespace {
 
-/// The first entry without which the archive would not be refused.
-const ArchiveEntry& Culprit(const QList<ArchiveEntry>& entries, const QString& folder)
+/// The last entry of the shortest list of first entries that is refused.
+const ArchiveEntry& FirstRefusedEntry(const QList<ArchiveEntry>& entries, const QString& folder)
 {
     // More entries never make a refused archive acceptable.
     qsizetype accepted = 0;
@@ -42,7 +42,7 @@ bool Extract(const FirmwareArchive& archive, const QString& folder, Progress& pr
 {
     return archive.ExtractAll(folder, [&](qsizetype done) {
         Interruption::Check();
-        progress.Tell(Kit::tr("Unpacking"), done, archive.Entries().size());
+        progress.Show(Kit::tr("Unpacking"), done, archive.Entries().size());
     });
 }
 
@@ -57,41 +57,42 @@ void Count(QList<BoxReport>& boxes, QHash<QString, qsizetype>& known, const Box&
     }
 }
 
-class PanelWalk
+/// Assigns the files of an extracted archive to the modules of devices.
+class DeviceAssigner
 {
 public:
-    PanelWalk(const QList<ArchiveEntry>& entries, const QString& folder, Progress& progress)
+    DeviceAssigner(const QList<ArchiveEntry>& entries, const QString& folder, Progress& progress)
         : m_entries(entries)
         , m_folder(folder)
     {
-        // What takes long is done here, where a signal is seen after each file.
+        // Reading the files takes long: doing it here allows a check for signals after each of them.
         for (qsizetype i = 0; i < entries.size(); ++i) {
             Interruption::Check();
-            progress.Tell(Kit::tr("Trying"), i, entries.size());
+            progress.Show(Kit::tr("Trying"), i, entries.size());
             const QString path = folder + '/' + entries[i].path;
             if (IsJudged(entries[i]))
                 Digests.insert(path, ReadDigest(path));
         }
     }
 
-    DeviceWalk Walk(const TDeviceRecord& device)
+    DeviceAssignment Assign(const TDeviceRecord& device)
     {
-        DeviceWalk walk{&device, QList<QList<TakenFile>>(device.BoardCount), {}};
+        DeviceAssignment assignment{&device, QList<QList<TakenFile>>(device.BoardCount), {}};
         QHash<QString, qsizetype> known;
         const auto show = [&](Box box) {
-            box.text.replace(m_folder, PanelFolder);
-            Count(walk.boxes, known, box);
+            box.text.replace(m_folder, DisplayedExtractionFolder);
+            Count(assignment.boxes, known, box);
         };
         for (int row = 0; row < device.BoardCount; ++row) {
             for (const ArchiveStep& step : AssignEntries(m_entries, m_folder, device, row, Digests)) {
                 if (step.box)
                     show(*step.box);
                 else
-                    walk.taken[row].append({step.entry, Version(device.Boards.at(row), step.entry, show),
-                                            QFileInfo(m_folder + '/' + step.entry).size() == 0});
+                    assignment.taken[row].append({step.entry, Version(device.Boards.at(row), step.entry, show),
+                                                  QFileInfo(m_folder + '/' + step.entry).size() == 0});
             }
         }
-        return walk;
+        return assignment;
     }
 
     DigestCache Digests;
@@ -111,17 +112,18 @@ private:
     QString m_folder;
 };
 
-DeviceReport Report(const DeviceWalk& walk, const QList<ArchiveEntry>& entries, const EntryCertificates& certificates)
+DeviceReport Report(const DeviceAssignment& assignment, const QList<ArchiveEntry>& entries,
+                    const EntryCertificates& certificates)
 {
-    DeviceReport report{walk.device->Name, walk.device->IdDev, {}, walk.boxes};
-    for (int row = 0; row < walk.device->BoardCount; ++row) {
-        const TBoardRecord& board = walk.device->Boards.at(row);
+    DeviceReport report{assignment.device->Name, assignment.device->IdDev, {}, assignment.boxes};
+    for (int row = 0; row < assignment.device->BoardCount; ++row) {
+        const TBoardRecord& board = assignment.device->Boards.at(row);
         ModuleReport module{board.Name, {}, {}, {}};
-        if (!walk.taken[row].isEmpty()) {
-            module.entry = walk.taken[row].last().entry;
-            module.version = walk.taken[row].last().version;
+        if (!assignment.taken[row].isEmpty()) {
+            module.entry = assignment.taken[row].last().entry;
+            module.version = assignment.taken[row].last().version;
         } else {
-            const QString prefix = NamePrefix(FilePattern(*walk.device, board));
+            const QString prefix = NamePrefix(FilePattern(*assignment.device, board));
             for (const ArchiveEntry& entry : entries) {
                 if (IsJudged(entry) && EntryFits(entry.path, prefix, board))
                     module.entry = entry.path;
@@ -137,24 +139,24 @@ DeviceReport Report(const DeviceWalk& walk, const QList<ArchiveEntry>& entries, 
 Judgement JudgeExtracted(const QList<ArchiveEntry>& entries, const QString& folder, const QString& name,
                          const Selection& selection, Progress& progress)
 {
-    PanelWalk panel(entries, folder, progress);
-    QList<DeviceWalk> walks;
+    DeviceAssigner assigner(entries, folder, progress);
+    QList<DeviceAssignment> assignments;
     for (const TDeviceRecord* device : selection.devices)
-        walks.append(panel.Walk(*device));
+        assignments.append(assigner.Assign(*device));
     EntryCertificates certificates;
     for (const ArchiveEntry& entry : entries) {
         const QString path = folder + '/' + entry.path;
         if (IsJudged(entry))
-            certificates.insert(entry.path, JudgeCertificate(path, panel.Digests.value(path).sha256));
+            certificates.insert(entry.path, JudgeCertificate(path, assigner.Digests.value(path).sha256));
     }
     Judgement judgement;
     ArchiveFindings findings(name, entries, certificates);
     findings.AboutEntries(folder);
-    for (const DeviceWalk& walk : walks) {
-        judgement.devices.append(Report(walk, entries, certificates));
-        findings.AboutModules(walk);
+    for (const DeviceAssignment& assignment : assignments) {
+        judgement.devices.append(Report(assignment, entries, certificates));
+        findings.AboutModules(assignment);
     }
-    findings.AboutLeftOver(walks, selection);
+    findings.AboutLeftOver(assignments, selection);
     judgement.findings = findings.Findings();
     judgement.notes = findings.Notes();
     return judgement;
@@ -200,8 +202,8 @@ Judgement JudgeArchive(const QString& path, const QString& name, const Selection
     if (entries.isEmpty()) {
         judgement.findings = {NothingInside(name)};
     } else if (!MayBeExtracted(entries, folder)) {
-        const ArchiveEntry& culprit = Culprit(entries, folder);
-        judgement.findings = {Refused(name, culprit, !MayBeExtracted({culprit}, folder))};
+        const ArchiveEntry& refused = FirstRefusedEntry(entries, folder);
+        judgement.findings = {Refused(name, refused, !MayBeExtracted({refused}, folder))};
     } else {
         RequireRoom(entries, name, folder);
         if (!Extract(archive, folder, progress))

@@ -11,41 +11,42 @@
 
 class Progress;
 
-/// What the panel would do with an archive.
-
+/// What the panel would do with an archive, for one module.
 struct ModuleReport
 {
     QString name;
-    QString entry; ///< taken; when nothing is, the last that would be with a good certificate; else empty
+    QString entry; ///< the file taken, or else the last one whose name fits; empty without both
     std::optional<Certificate> certificate; ///< of `entry`
     QString version;                        ///< as the table would show it; empty when nothing is taken
 };
 
+/// An alert of the panel and how often it appears.
 struct BoxReport
 {
     Box box;
     int times = 0;
 };
 
-/// The panel of one instrument.
+/// The panel of one device.
 struct DeviceReport
 {
     QString name;
     int idDev = 0;
     QList<ModuleReport> modules;
-    QList<BoxReport> boxes; ///< in the order in which they are first seen
+    QList<BoxReport> boxes; ///< by first appearance; each text once
 };
 
 struct Judgement
 {
     QList<DeviceReport> devices; ///< empty when the panel extracts nothing
     QList<Finding> findings;
-    QList<Finding> notes; ///< what the maker may well want, but should know
+    QList<Finding> notes; ///< no mistakes, but what the maker should know of
 };
 
-/// Where the panel extracts archives; boxes name files below it.
-inline constexpr char PanelFolder[] = "/tmp/firmware";
+/// Where the panel extracts archives. Texts for users name this folder in place of the temporary one.
+inline constexpr char DisplayedExtractionFolder[] = "/tmp/firmware";
 
-/// Takes the archive `path` as the panel of each selected device would, in a folder that is removed again. Findings
-/// call it `name`. Throws UsageError when that cannot be tried.
+/// Extracts the archive `path` to a temporary folder below TMPDIR, assigns its files as the panel of each selected
+/// device would, and removes the folder. `name` is the archive's name in findings. Throws UsageError when the archive
+/// cannot be read or the folder not be written, Interrupted when a signal has come.
 Judgement JudgeArchive(const QString& path, const QString& name, const Selection& selection, Progress& progress);

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// What is written to it is hashed and forgotten.
+/// Hashes what is written to it and keeps nothing else.
 class HashDevice : public QIODevice
 {
 public:
@@ -53,7 +53,7 @@ public:
         QList<ListedFile> files;
         const QList<ArchiveEntry>& entries = m_archive.Entries();
         for (qsizetype i = 0; i < entries.size(); ++i) {
-            progress.Tell(Kit::tr("Reading"), i, entries.size());
+            progress.Show(Kit::tr("Reading"), i, entries.size());
             const ArchiveEntry& entry = entries[i];
             const bool isCertificate =
                 entry.path.endsWith(".sha256") && m_entries.contains(entry.path.chopped(qsizetype(strlen(".sha256"))));
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    /// Content of a file that is small if it is what its name says; nothing for any other.
+    /// Content of a certificate or .ver file; std::nullopt when there is none, it is damaged or over 4096 bytes.
     std::optional<QByteArray> SmallContent(const QString& path)
     {
         constexpr qint64 Most = 4096;

@@ -9,15 +9,15 @@
 
 class Progress;
 
-/// A file of an archive, as far as no catalogue is needed to tell.
+/// What is known of a file of an archive without a catalogue.
 struct ListedFile
 {
     QString path;
     qint64 size = 0;                        ///< in bytes, unpacked
-    QString version;                        ///< of the .ver file beside it, or else in its name; empty without both
-    std::optional<Certificate> certificate; ///< nothing: the file's data cannot be unpacked
+    QString version;                        ///< from its .ver file, or else from its name; empty without both
+    std::optional<Certificate> certificate; ///< std::nullopt: the data cannot be unpacked
 };
 
-/// The files of the archive `path` in its own order, but for their certificates. Unpacks nothing to the disk. Throws
-/// UsageError when there is nothing in it that a panel would see.
+/// The files of the archive `path` in the archive's order, without those files' certificates. Unpacks nothing to the
+/// disk. Throws UsageError when the archive cannot be read or has no file.
 QList<ListedFile> ListArchive(const QString& path, Progress& progress);

@@ -4,10 +4,11 @@
 
 #include <algorithm>
 
-/// Modbus leaves an answer 252 bytes of data (MODBUS Application Protocol, 4.1), and two of them are its length.
+/// Bytes of text in an answer: a Modbus PDU has 252 bytes of data (MODBUS Application Protocol, 4.1), two of which hold
+/// the text's length.
 inline constexpr int MaxAnswer = 250;
 
-/// Whether a board can send `text` as an answer: one byte for each character, in one frame.
+/// Whether a board can send `text` in one answer, with one byte (Latin-1) for each character.
 inline bool FitsAnswer(const QString& text)
 {
     return text.size() <= MaxAnswer

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// The versions of so many processors fit one answer with seven characters each.
+/// The versions of processors 0 to 28 fit in one answer with seven characters each.
 constexpr int LastProcessor = 28;
 
 struct Module
@@ -58,16 +58,16 @@ void CheckProcessor(CatalogueReader& reader, const Module& module)
 {
     const int processor = module.board.IdCPU;
     const quint16 finish = FinishCommand(processor);
-    const auto become = [&](const QString& command) {
+    const auto reportCommand = [&](const QString& command) {
         reader.Report(module.spot, "IdCPU", "finish-is-command", {QString::number(finish, 16).toUpper(), command});
     };
     const QString longestAnswer = QString("VER") + QString(" 1").repeated((MaxAnswer - 3) / 2);
     if (finish == CmdReadValue)
-        become(Kit::tr("which reads a value"));
+        reportCommand(Kit::tr("which reads a value"));
     else if (finish == CmdWriteBlock)
-        become(Kit::tr("which writes a block"));
+        reportCommand(Kit::tr("which writes a block"));
     else if (finish == CmdImageCrc)
-        become(Kit::tr("which sends a checksum"));
+        reportCommand(Kit::tr("which sends a checksum"));
     else if (finish == CmdFinish && processor != 0)
         reader.Report(module.spot, "IdCPU", "finish-unanswered");
     else if (!VersionIn(longestAnswer, processor))
@@ -81,7 +81,7 @@ void CheckFirmware(CatalogueReader& reader, const Module& module)
     const bool looksLikeProgram = !module.board.Folder.isEmpty() || !module.board.File.isEmpty();
     if (looksLikeProgram)
         reader.Report(module.spot, "Path", "no-path");
-    // That a forgotten "Path" has no address either is nothing to tell.
+    // A program whose "Path" was forgotten needs no address: no further findings.
     if (looksLikeProgram && module.board.Ip.isEmpty())
         return;
     CheckType(reader, module);
@@ -166,7 +166,7 @@ void CheckPair(CatalogueReader& reader, const Module& first, const Module& secon
             reader.Report(second.spot, "Type", "two-types", {first.spot.path});
     }
     const bool isSharedProgram = first.board.Folder == second.board.Folder && first.board.File == second.board.File;
-    // One program may well belong to two instruments; boards of two are told apart by their IdDev.
+    // One program may belong to two instruments; the IdDev in their names distinguishes the images of two.
     if (inOneDevice || (arePrograms && !isSharedProgram))
         CheckFiles(reader, first, second);
 }

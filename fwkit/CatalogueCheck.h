@@ -11,15 +11,15 @@ struct CatalogueReport
     /// At most this many findings of each kind.
     static constexpr int MaxOfKind = 20;
 
-    QList<Finding> findings; ///< in the order of the text
-    int omitted = 0;         ///< beyond MaxOfKind
+    QList<Finding> findings; ///< in the order of their places in the text
+    int omitted = 0;         ///< number of findings beyond MaxOfKind
     int devices = 0;         ///< that the panel would read
     int modules = 0;
 };
 
-/// Whether it is four numbers 0..255 without leading zeros.
+/// Whether `ip` is four numbers 0..255 without leading zeros, separated by points.
 bool IsIPv4(const QString& ip);
 
-/// Judges the text of a catalogue, read as the panel reads it; `file` is its name in the findings. Nothing in `text`
-/// is a failure: whatever it holds, the report says so.
+/// Checks the text of a catalogue as ReadCatalogueText returns it; `file` is its name in the findings. Does not throw:
+/// a text that is no JSON is a finding too.
 CatalogueReport CheckCatalogue(const QString& file, const QByteArray& text);

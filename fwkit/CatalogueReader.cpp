@@ -14,7 +14,7 @@ namespace {
 
 constexpr int MaxShown = 60;
 
-/// The first three as the member of a TCatalogueKey.
+/// The first three in the order of the types that the member of a TCatalogueKey may have.
 enum class Type { Text, Number, Flag, List };
 
 struct Field
@@ -63,7 +63,7 @@ constexpr TypeTexts Texts[] = {
      QT_TRANSLATE_NOOP("Kit", "a list in [ ]")},
 };
 
-/// Whether the panel's own reading of the value keeps it.
+/// Whether the panel reads the value as it was written.
 bool IsOfType(const QJsonObject& object, const QString& key, Type type)
 {
     const QJsonValue value = object.value(key);
@@ -96,12 +96,12 @@ QString RemedyForKey(const QString& key, CatalogueReader::Level level)
     return HasKey(CatalogueReader::Catalogue, key) ? Kit::tr("it belongs at the top") : Kit::tr("remove it");
 }
 
-/// What is behind the fault at `offset`, as its remedy needs it.
+/// The kind of finding for a text that is no JSON: the probable cause decides on the remedy.
 const char* FaultKind(const QByteArray& text, const QJsonParseError& fault, qsizetype offset)
 {
     if (text.trimmed().isEmpty())
         return "empty-file";
-    // A text in UTF-16 has a 0 in one of its first two bytes, or begins with a mark that is no UTF-8.
+    // A text in UTF-16 has a 0 in one of its first two bytes, or begins with a byte order mark that is no UTF-8.
     if (fault.error == QJsonParseError::IllegalUTF8String || text.left(2).contains('\0') || text.startsWith("\xFF\xFE")
         || text.startsWith("\xFE\xFF"))
         return "not-utf8";
@@ -171,7 +171,7 @@ void CatalogueReader::CheckKeys(JsonSpot& spot, Level level)
 {
     for (const JsonMember& member : JsonMembers(m_text, spot.offset)) {
         const QString path = Join(spot.path, member.key);
-        // Editors find the schema by this key.
+        // This key names the JSON schema for editors.
         const bool isKnown = HasKey(level, member.key) || (level == Catalogue && member.key == "$schema");
         if (!isKnown)
             Add(member.keyOffset, path, "unknown-key", {Shortened(member.key)}, RemedyForKey(member.key, level));

@@ -10,21 +10,22 @@
 #include <map>
 #include <optional>
 
-/// `text` cut to a line's width, with "?" for what a terminal would not show as itself.
+/// The first 60 characters of `text`, with "?" for those that cannot be printed and "..." for the rest.
 QString Shortened(const QString& text);
 
-/// An object of the catalogue's text.
+/// An object of the catalogue and its place in the text; offsets are in bytes.
 struct JsonSpot
 {
     QString path; ///< as "Devices[0].Boards[2]"; empty for the top level
     qsizetype offset = 0;
-    bool isObject = false;            ///< false: it reads as an object without keys
+    bool isObject = false;            ///< false: another value, which the panel reads as an object without keys
     QJsonObject object;               ///< as the panel gets it
-    QHash<QString, qsizetype> values; ///< offset of each key's value, of the one that counts
+    QHash<QString, qsizetype> values; ///< offset of each key's value; of the last one when a key is repeated
     QSet<QString> wrong;              ///< keys whose value is of the wrong type
 };
 
-/// Walks through the text of a catalogue. What is wrong with an object's keys and their types is reported on the way.
+/// Reads the objects of a catalogue's text. Unknown or repeated keys and values of a wrong type are reported when their
+/// object is read.
 class CatalogueReader
 {
 public:
@@ -32,15 +33,15 @@ public:
 
     CatalogueReader(const QString& file, const QByteArray& text);
 
-    /// Nothing when the panel would find no object in the text: that has been reported.
+    /// The outermost object; std::nullopt, with a report, when the text is not one.
     std::optional<JsonSpot> Top();
-    /// The elements of the list `key` of `parent` that the panel would read.
+    /// The elements of the list `key` of `parent` that the panel would read; reports a list that is too long.
     QList<JsonSpot> Elements(const JsonSpot& parent, const QString& key, Level level);
-    /// Reports `kind` at the value of `key`, or at the object when it has no such key. A value of the wrong type has
-    /// been reported already, and nothing more is said about it.
+    /// Reports `kind` at the value of `key`, or at the object when it has no such key. Does nothing for a value of a
+    /// wrong type, which has been reported already. `args` and `remedyArg` are those of CatalogueFinding.
     void Report(const JsonSpot& spot, const QString& key, const QString& kind, const QStringList& args = {},
                 const QString& remedyArg = {});
-    /// Findings alone; the counts of devices and modules are the caller's.
+    /// What has been reported so far; the caller fills in the numbers of devices and modules.
     CatalogueReport Result() const;
 
 private:

@@ -14,7 +14,7 @@ QByteArray ReadCatalogueText(const QString& path)
 {
     QFile file(path);
     QByteArray text;
-    // As the panel opens it: line ends and places are then the same.
+    // Text mode, as the panel opens it, so that offsets refer to the same text.
     if (file.open(QIODevice::ReadOnly | QIODevice::Text))
         text = file.read(MaxFileSize + 1);
     if (file.error() != QFile::NoError)

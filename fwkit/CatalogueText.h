@@ -3,6 +3,6 @@
 #include <QByteArray>
 #include <QString>
 
-/// The text of a catalogue as CheckCatalogue takes it. Throws UsageError when it cannot be read, or is too large to be
-/// one.
+/// The text of the catalogue `path`, with line ends as CheckCatalogue expects them. Throws UsageError when it cannot be
+/// read or is over 4 MiB.
 QByteArray ReadCatalogueText(const QString& path);

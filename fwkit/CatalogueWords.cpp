@@ -134,7 +134,7 @@ constexpr Row Rows[] = {
 
 QString Filled(const QString& text, const QStringList& args)
 {
-    // All at once: a value that holds "%2" itself must stay as it is.
+    // In one call of arg(): a "%2" inside of a value must not be replaced.
     switch (args.size()) {
     case 0:
         return text;

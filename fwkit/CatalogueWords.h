@@ -4,8 +4,8 @@
 
 #include <QStringList>
 
-/// The finding of `kind`, its effect filled with `args`, its remedy with `remedyArg`; file and place are left empty.
-/// An unknown kind stops the program.
+/// The finding of `kind` with `args` inserted in its effect and `remedyArg` in its remedy; file and place are empty.
+/// Aborts the program for an unknown kind.
 Finding CatalogueFinding(const QString& kind, const QStringList& args, const QString& remedyArg);
-/// Every kind there is.
+/// Every kind that CatalogueFinding knows.
 QStringList CatalogueKinds();

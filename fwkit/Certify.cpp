@@ -32,10 +32,10 @@ Certified CertifyFile(const QString& path, CertifyMode mode)
             Kit::tr("%1: cannot be read to its end and gets no certificate; give a readable file").arg(path));
     const QString certificate = path + ".sha256";
     const QFileInfo there(certificate);
-    // The save file would write to where the link leads, or put a file in a device's place.
+    // QSaveFile would write to the target of a link, or replace a device node by a file.
     if (there.isSymLink() || (there.exists() && !there.isFile()))
         throw UsageError(Kit::tr("%1: is no regular file; remove it and certify again").arg(certificate));
-    // Without the catalogue nobody can tell what may be empty: a disk that was full leaves such files.
+    // A full disk leaves empty files, and without a catalogue it is unknown whether one may be empty.
     if (QFileInfo(path).size() == 0 && mode != CertifyMode::Force)
         return Certified::Empty;
     if (JudgeCertificate(path, digest) == Certificate::Matches)

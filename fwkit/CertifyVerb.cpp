@@ -34,9 +34,9 @@ InputFiles Files(const QStringList& arguments)
         } else if (!info.isFile()) {
             throw UsageError(Kit::tr("%1: %2; name what is to be certified").arg(argument, WhyNoInput(info)));
         } else if (info.fileName().contains(CertificateEnd)) {
-            // The shell names certificates too when it is given a pattern for all files.
+            // A shell pattern for all files includes the certificates.
             continue;
-        } else if (const auto why = WhyPassedBy(info.fileName())) {
+        } else if (const auto why = WhyHiddenOrTemporary(info.fileName())) {
             all.leftOut.append({info.filePath(), *why});
         } else {
             all.files.append(info.filePath());
@@ -77,7 +77,7 @@ std::optional<Finding> About(const QString& file, Certified result)
     return std::nullopt;
 }
 
-/// A word for scripts; Kit::tr() makes one for people of the first three, the others are findings.
+/// The untranslated word for JSON; Kit::tr() translates the first three, the others are shown as findings.
 const char* WordOf(Certified result)
 {
     switch (result) {
@@ -97,7 +97,7 @@ const char* WordOf(Certified result)
     return "empty";
 }
 
-/// What became of each file, for people or for a script.
+/// Reports the result for each file, as text or as JSON.
 class CertifyReport
 {
 public:
@@ -109,7 +109,7 @@ public:
     void Add(const InputFiles::LeftOut& left)
     {
         m_leftOut.append(JsonOf(left));
-        Tell(LineOf(left) + '\n');
+        Show(LineOf(left) + '\n');
     }
     void Add(const QString& file, Certified result)
     {
@@ -117,7 +117,7 @@ public:
         m_files.append(QJsonObject{{"file", file}, {"result", WordOf(result)}});
         const std::optional<Finding> finding = About(file, result);
         if (!finding) {
-            Tell(Printable(file) + ": " + Kit::tr(WordOf(result)) + '\n');
+            Show(Printable(file) + ": " + Kit::tr(WordOf(result)) + '\n');
             return;
         }
         m_findings.append(JsonOf(*finding));
@@ -126,7 +126,7 @@ public:
     }
     Status Close() const
     {
-        Tell(Kit::tr("Certificates: %1 new, %2 unchanged, %3 replaced; findings: %4.\n")
+        Show(Kit::tr("Certificates: %1 new, %2 unchanged, %3 replaced; findings: %4.\n")
                  .arg(QString::number(m_counts[Certified::New]), QString::number(m_counts[Certified::Unchanged]),
                       QString::number(m_counts[Certified::Replaced]), QString::number(m_findings.size())));
         if (m_isJson)
@@ -135,7 +135,7 @@ public:
     }
 
 private:
-    void Tell(const QString& text) const
+    void Show(const QString& text) const
     {
         if (!m_isJson && !m_isQuiet)
             Print(text);
@@ -163,7 +163,7 @@ Status Run(const QCommandLineParser& parser)
     {
         Progress progress(!parser.isSet("quiet"));
         for (qsizetype i = 0; i < input.files.size(); ++i) {
-            progress.Tell(Kit::tr("Certifying"), i, input.files.size());
+            progress.Show(Kit::tr("Certifying"), i, input.files.size());
             const Certified result = CertifyFile(input.files[i], mode);
             progress.Wipe();
             report.Add(input.files[i], result);

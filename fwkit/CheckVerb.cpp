@@ -21,7 +21,7 @@ QString LinesOf(const Judged& judged)
     const CatalogueReport& report = judged.report;
     const QString file = Printable(judged.file);
     QString text;
-    // As compilers write it, so that editors lead to the place.
+    // The format of compilers' messages: editors can jump to the place.
     for (const Finding& finding : report.findings)
         text += Printable(file + ':' + finding.place + ": " + finding.effect + "; " + finding.remedy + " ["
                           + finding.kind + ']')
@@ -74,7 +74,7 @@ Status Run(const QCommandLineParser& parser)
         try {
             all.append({file, CheckCatalogue(file, ReadCatalogueText(file))});
         } catch (const UsageError& error) {
-            // The others are worth their findings all the same.
+            // The remaining catalogues are still checked.
             Warn("check", error.Text());
             status = IsMisused;
             continue;

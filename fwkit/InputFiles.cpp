@@ -21,11 +21,11 @@ bool IsTemporary(const QString& name)
 std::optional<InputFiles::Why> WhyNot(const QFileInfo& info, const QString& root)
 {
     using Why = InputFiles::Why;
-    if (const auto why = WhyPassedBy(info.fileName()))
+    if (const auto why = WhyHiddenOrTemporary(info.fileName()))
         return why;
     if (info.isSymLink() && !info.exists())
         return Why::LeadsNowhere;
-    // A link to a folder inside would only show the same files twice, or never end.
+    // A link to a folder inside would list the same files twice, or recurse without end.
     if (info.isSymLink() && (info.isDir() || !info.canonicalFilePath().startsWith(root + '/')))
         return Why::LeadsOutside;
     if (!info.isDir() && !info.isFile())
@@ -33,7 +33,7 @@ std::optional<InputFiles::Why> WhyNot(const QFileInfo& info, const QString& root
     return std::nullopt;
 }
 
-/// What `folder` holds and Qt leaves out of its lists: a QString cannot hold the name.
+/// Entries of `folder` that Qt does not list because their names are no UTF-8.
 QList<InputFiles::LeftOut> OddNames(const QString& folder)
 {
     QList<InputFiles::LeftOut> odd;
@@ -77,7 +77,7 @@ InputFiles FilesBelow(const QString& folder)
     return found;
 }
 
-std::optional<InputFiles::Why> WhyPassedBy(const QString& name)
+std::optional<InputFiles::Why> WhyHiddenOrTemporary(const QString& name)
 {
     if (name.startsWith('.'))
         return InputFiles::Why::Hidden;

@@ -8,27 +8,28 @@
 class QFileInfo;
 class QJsonObject;
 
-/// What lies below a folder that the user named.
+/// The files below a folder that the user named.
 struct InputFiles
 {
     enum class Why { Hidden, Temporary, LeadsOutside, LeadsNowhere, OddBytes, NoFile };
     struct LeftOut
     {
-        QString path; ///< with the folder in front
+        QString path; ///< begins with the folder as the user named it
         Why why;
     };
-    QStringList files; ///< paths below the folder, sorted by code units
+    QStringList files; ///< paths relative to the folder, sorted by UTF-16 code units
     QList<LeftOut> leftOut;
 };
 
-/// Regular files at every depth. Links are followed to files inside of the folder only. Throws UsageError when a folder
+/// Regular files at every depth. Links are followed only to files inside the folder. Throws UsageError when a folder
 /// cannot be listed.
 InputFiles FilesBelow(const QString& folder);
-/// Hidden, or with a name that editors and downloads give to what is not finished.
-std::optional<InputFiles::Why> WhyPassedBy(const QString& name);
+/// Why a file or folder called `name` is left out: it is hidden, or the name is one that editors and downloads give to
+/// temporary files. std::nullopt: it is not left out.
+std::optional<InputFiles::Why> WhyHiddenOrTemporary(const QString& name);
 QString Reason(InputFiles::Why why);
-/// For people: the path and the reason.
+/// One line for a terminal: the path and the reason.
 QString LineOf(const InputFiles::LeftOut& left);
 QJsonObject JsonOf(const InputFiles::LeftOut& left);
-/// The reason for a path that the user named and that is neither a file nor a folder.
+/// Why a path that the user named cannot be used: it is neither a file nor a folder.
 QString WhyNoInput(const QFileInfo& info);

@@ -15,7 +15,7 @@ Interruption::Interruption()
 {
     struct sigaction noted = {};
     noted.sa_handler = Note;
-    // A read in progress goes on: a signal is no fault of the file.
+    // SA_RESTART: otherwise a signal would make a read fail, as if the file were at fault.
     noted.sa_flags = SA_RESTART;
     for (std::size_t i = 0; i < Signals.size(); ++i) {
         ::sigaction(Signals[i], nullptr, &m_before[i]);
@@ -30,7 +30,7 @@ Interruption::~Interruption()
         ::sigaction(Signals[i], &m_before[i], nullptr);
     const int signal = g_signal;
     g_signal = 0;
-    // An outer object notes it in its turn.
+    // With an outer object this only records it again.
     if (signal != 0)
         std::raise(signal);
 }

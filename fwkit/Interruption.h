@@ -5,7 +5,7 @@
 #include <array>
 #include <csignal>
 
-/// Thrown in the middle of work that a signal is to end.
+/// Thrown to end work early after a signal.
 class Interrupted : public Error
 {
 public:
@@ -14,8 +14,9 @@ public:
     {}
 };
 
-/// Puts off the signals that end a program, so that what was begun can be removed first: when one has come, the
-/// program ends by it at the end of this object. Signals that are ignored stay so. They may be nested.
+/// Delays the signals that end a program, so that temporary files can be removed first: while an object exists they are
+/// only recorded; its destructor restores the former handlers and raises the recorded signal. Ignored signals stay
+/// ignored. Objects may be nested; use them in one thread only.
 class Interruption
 {
 public:
@@ -23,8 +24,9 @@ public:
     ~Interruption();
     Q_DISABLE_COPY_MOVE(Interruption)
 
+    /// Whether a signal has been recorded.
     static bool HasCome();
-    /// Throws Interrupted when a signal has come.
+    /// Throws Interrupted when a signal has been recorded.
     static void Check();
 
 private:

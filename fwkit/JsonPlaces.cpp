@@ -16,7 +16,7 @@ qsizetype SkipSpace(const QByteArray& text, qsizetype at)
     return at;
 }
 
-/// Behind the string that begins at `at`.
+/// Offset after the string that begins at `at`.
 qsizetype SkipString(const QByteArray& text, qsizetype at)
 {
     for (++at; at < text.size() && text[at] != '"'; ++at) {
@@ -26,7 +26,8 @@ qsizetype SkipString(const QByteArray& text, qsizetype at)
     return std::min(at + 1, text.size());
 }
 
-/// Behind the value that begins at `at`. It counts brackets, so that no depth costs stack.
+/// Offset after the value that begins at `at`. Counts brackets instead of recursing, so that deep nesting needs no
+/// stack.
 qsizetype SkipValue(const QByteArray& text, qsizetype at)
 {
     for (int depth = 0; at < text.size();) {
@@ -59,9 +60,9 @@ QList<JsonMember> JsonMembers(const QByteArray& text, qsizetype offset)
     while (at < text.size() && text[at] != ']' && text[at] != '}') {
         JsonMember member{{}, at, at};
         if (isObject) {
-            const qsizetype behind = SkipString(text, at);
-            member.key = Unescaped(text.mid(at, behind - at));
-            member.offset = SkipSpace(text, SkipSpace(text, behind) + 1);
+            const qsizetype after = SkipString(text, at);
+            member.key = Unescaped(text.mid(at, after - at));
+            member.offset = SkipSpace(text, SkipSpace(text, after) + 1);
         }
         members.append(member);
         at = SkipValue(text, member.offset);
@@ -78,7 +79,7 @@ qsizetype JsonBegin(const QByteArray& text)
 
 qsizetype JsonFaultOffset(const QByteArray& text, const QJsonParseError& fault)
 {
-    // Qt stops at these mistakes, and behind the offending character at all others.
+    // For these errors Qt reports the offset of the wrong character, for all others the offset after it.
     const bool isAt = fault.error == QJsonParseError::IllegalNumber || fault.error == QJsonParseError::IllegalUTF8String
                       || fault.error == QJsonParseError::GarbageAtEnd;
     return std::clamp<qsizetype>(fault.offset - (isAt || fault.offset >= text.size() ? 0 : 1), 0, text.size());

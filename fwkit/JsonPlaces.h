@@ -5,22 +5,22 @@
 #include <QList>
 #include <QString>
 
-/// Where things stand in a JSON text (RFC 8259): Qt's reader tells values, but not their places.
+/// Places in a JSON text (RFC 8259): Qt's parser returns values without their places. All offsets are in bytes.
 
 /// One member of an object, or one element of a list (its key is empty).
 struct JsonMember
 {
     QString key;
-    qsizetype keyOffset = 0; ///< in bytes from the text's begin; a list's element: the value's
+    qsizetype keyOffset = 0; ///< of the key; for an element of a list: of the value
     qsizetype offset = 0;    ///< of the value
 };
 
-/// What the object or the list at `offset` consists of, in the text's order; nothing for any other value. The text
-/// must be one that Qt reads without an error.
+/// The members of the object or list at `offset`, in the text's order; empty for any other value. Qt must parse `text`
+/// without an error.
 QList<JsonMember> JsonMembers(const QByteArray& text, qsizetype offset);
 /// Offset of the first value of the text.
 qsizetype JsonBegin(const QByteArray& text);
-/// Offset of the character that `fault` is about.
+/// Offset of the character that `fault`, from parsing `text`, is about.
 qsizetype JsonFaultOffset(const QByteArray& text, const QJsonParseError& fault);
-/// "LINE:COLUMN", both from 1, in characters.
+/// "LINE:COLUMN" of `offset`, both from 1; columns count UTF-16 code units, without a byte order mark.
 QString LineAndColumn(const QByteArray& text, qsizetype offset);

@@ -4,7 +4,7 @@
 
 #include <QJsonObject>
 
-/// A word for scripts; Kit::tr() makes one for people of it.
+/// The untranslated word for JSON; Kit::tr() translates it for people.
 const char* VerdictOf(Certificate certificate);
 /// A line for each device: how many of its modules take a file.
 QString ServedLines(const Judgement& judgement, const QString& archive);

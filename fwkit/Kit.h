@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-/// The context of every text of the kit; i18n/fwkit_ru.ts has them in Russian. Programs that install no translator get
+/// The translation context of all texts of fwkit; i18n/fwkit_ru.ts has the Russian ones. Without a QTranslator they are
 /// English.
 class Kit
 {

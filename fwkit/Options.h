@@ -10,7 +10,8 @@ void AddDeviceOption(QCommandLineParser& parser);
 void AddJsonOption(QCommandLineParser& parser);
 void AddQuietOption(QCommandLineParser& parser);
 
-/// Throws UsageError that names all of the `options`, and `arguments`, that are not given.
+/// Throws UsageError that names those of `options` that are not given, and `arguments` when there are no positional
+/// ones.
 void Require(const QCommandLineParser& parser, const QStringList& options, const QString& arguments);
-/// Throws UsageError for an option that has more than one value: which of them counts would be a guess.
+/// Throws UsageError for an option with several values, since none of them is better than another.
 void RefuseRepeated(const QCommandLineParser& parser);

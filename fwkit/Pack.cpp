@@ -18,7 +18,7 @@
 
 namespace {
 
-/// Where the output really goes: a link that is there is kept, and the file behind it replaced.
+/// The path to write: when the output is a link, the link is kept and the file that it points to is replaced.
 QString Target(const QString& output)
 {
     const QFileInfo info(output);
@@ -42,7 +42,7 @@ QByteArray Digest(const PackFile& file)
     return digest.sha256;
 }
 
-/// A certificate on the disk that no longer fits tells that the file has changed since.
+/// A certificate on the disk that does not match shows that the file was changed after it was certified.
 QList<Finding> AboutOldCertificate(const PackFile& file, const QByteArray& digest)
 {
     if (JudgeCertificate(file.source, digest) != Certificate::Different)
@@ -58,7 +58,7 @@ QList<ZipItem> Items(const QList<PackFile>& files, QList<Finding>& findings, Pro
 {
     QList<ZipItem> items;
     for (qsizetype i = 0; i < files.size(); ++i) {
-        progress.Tell(Kit::tr("Certifying"), i, files.size());
+        progress.Show(Kit::tr("Certifying"), i, files.size());
         const QByteArray digest = Digest(files[i]);
         findings += AboutOldCertificate(files[i], digest);
         items.append({files[i].entry, files[i].source, {}, files[i].isExecutable});
@@ -68,7 +68,7 @@ QList<ZipItem> Items(const QList<PackFile>& files, QList<Finding>& findings, Pro
     return items;
 }
 
-/// What is said of an entry is said of the file it was made of.
+/// Replaces the entry that a finding is about by the input file that the entry was made from.
 QList<Finding> OfSources(const QList<Finding>& findings, const QList<PackFile>& files)
 {
     QHash<QString, QString> sources;
@@ -82,7 +82,7 @@ QList<Finding> OfSources(const QList<Finding>& findings, const QList<PackFile>& 
     return named;
 }
 
-/// Brings the finished file to the disk and gives it its name.
+/// Flushes the finished file to the disk and renames it to `target`; `name` is its name in error texts.
 void Publish(const QString& path, const QString& target, const QString& name)
 {
     QFile file(path);

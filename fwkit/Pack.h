@@ -10,18 +10,19 @@ struct PackOrder
     Selection selection;
     QStringList inputs; ///< files and folders
     QString output;
-    bool isReplacing = false; ///< the output may be there already
+    bool isReplacing = false; ///< an existing output is replaced
 };
 
 struct PackResult
 {
-    QList<Finding> findings;            ///< nothing was written when there are any
-    Judgement judgement;                ///< of what was written
+    QList<Finding> findings;            ///< the output was written only when there are none
+    Judgement judgement;                ///< of the archive; empty when the inputs have findings
     qsizetype fileCount = 0;            ///< without certificates
     QList<InputFiles::LeftOut> leftOut; ///< hidden and temporary files
 };
 
-/// Makes the archive of which the devices' panels take every file without a box: images on top, program modules in
-/// their folders, a certificate for each file. The output comes into being in one step, after it was tried. Throws
-/// UsageError, also when there is an output that is not to be replaced.
+/// Packs the inputs into an archive: images at the top level, program modules in their folders, a certificate for each
+/// file. It is written to a temporary folder beside the output, judged by JudgeArchive, and renamed to the output when
+/// there are no findings. Throws UsageError when a file cannot be read or written, or the output exists and is not to
+/// be replaced; Interrupted when a signal has come.
 PackResult Pack(const PackOrder& order, Progress& progress);

@@ -13,14 +13,14 @@
 namespace {
 
 constexpr char CertificateEnd[] = ".sha256";
-/// Both stand in fields whose highest value announces a zip64 archive.
+/// Above these limits the archive would need zip64, which marks it by the highest value of the fields for both.
 constexpr qint64 MostEntries = 65534;
 constexpr qint64 LargestArchive = 0xFFFF0000;
 
 struct Input
 {
     QString path;
-    QString below; ///< with the named folder's own name in front
+    QString below; ///< relative path that begins with the name of the folder the user named
 };
 
 QList<const TBoardRecord*> Programs(const QList<const TDeviceRecord*>& devices)
@@ -62,7 +62,7 @@ QList<Input> InputsOf(const QStringList& names, QList<InputFiles::LeftOut>& left
         if (!info.isDir() && !info.isFile())
             throw UsageError(Kit::tr("%1: %2; name what is to be packed").arg(name, WhyNoInput(info)));
         if (info.isFile()) {
-            // The shell names certificates too when it is given a pattern for all files.
+            // A shell pattern for all files includes the certificates.
             if (!info.fileName().endsWith(CertificateEnd))
                 inputs.append({info.filePath(), info.fileName()});
             continue;
@@ -95,13 +95,13 @@ public:
                             QFileInfo(input.path).permission(QFile::ExeOwner)};
         const auto there = m_sources.constFind(file.entry);
         if (!IsPlain(input.below))
-            Report("odd-name", file, Kit::tr("Its name has characters that not every system reads alike"),
-                   Kit::tr("rename it"));
+            AddFinding("odd-name", file, Kit::tr("Its name has characters that not every system reads alike"),
+                       Kit::tr("rename it"));
         else if (there != m_sources.cend() && *there != QFileInfo(input.path).canonicalFilePath())
-            Report("fight", file, Kit::tr("%1 has the same place in the archive").arg(*there),
-                   Kit::tr("pack one of them"));
+            AddFinding("fight", file, Kit::tr("%1 has the same place in the archive").arg(*there),
+                       Kit::tr("pack one of them"));
         else if (QFileInfo(input.path).size() > FirmwareArchive::LargestEntry)
-            Report(
+            AddFinding(
                 "too-large", file,
                 Kit::tr("The panel unpacks no file over %1 bytes").arg(QString::number(FirmwareArchive::LargestEntry)),
                 Kit::tr("make it smaller"));
@@ -114,8 +114,8 @@ public:
     void AddCertificate(const Input& input, const QSet<QString>& files)
     {
         if (!files.contains(input.path.chopped(qsizetype(sizeof CertificateEnd) - 1)))
-            Report("never-looked-at", {{}, input.path}, Kit::tr("It is a certificate without its file"),
-                   Kit::tr("add the file, or leave it out"));
+            AddFinding("never-looked-at", {{}, input.path}, Kit::tr("It is a certificate without its file"),
+                       Kit::tr("add the file, or leave it out"));
     }
 
     void AboutLeftOut(const QList<InputFiles::LeftOut>& leftOut)
@@ -124,9 +124,9 @@ public:
             if (left.why == InputFiles::Why::Hidden || left.why == InputFiles::Why::Temporary)
                 m_plan.leftOut.append(left);
             else if (left.why == InputFiles::Why::OddBytes)
-                Report("odd-name", {{}, left.path}, Reason(left.why), Kit::tr("rename it"));
+                AddFinding("odd-name", {{}, left.path}, Reason(left.why), Kit::tr("rename it"));
             else
-                Report("no-file", {{}, left.path}, Reason(left.why), Kit::tr("put the file itself there"));
+                AddFinding("no-file", {{}, left.path}, Reason(left.why), Kit::tr("put the file itself there"));
         }
     }
 
@@ -141,7 +141,7 @@ public:
     }
 
 private:
-    void Report(const char* kind, const PackFile& file, const QString& effect, const QString& remedy)
+    void AddFinding(const char* kind, const PackFile& file, const QString& effect, const QString& remedy)
     {
         m_plan.findings.append({kind, file.source, {}, effect, remedy});
     }

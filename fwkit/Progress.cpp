@@ -32,7 +32,7 @@ void Progress::Wipe()
     m_shown.invalidate();
 }
 
-void Progress::Tell(const QString& work, qint64 done, qint64 total)
+void Progress::Show(const QString& work, qint64 done, qint64 total)
 {
     const QString text = m_isTerminal ? work : QString();
     if (!m_isTerminal || (text == m_work && m_shown.isValid() && m_shown.elapsed() < PauseMs))

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// `kept` is let through although it cannot be printed.
+/// `kept` stays as it is although it cannot be printed.
 QString Escaped(const QString& text, QChar kept)
 {
     QString out;

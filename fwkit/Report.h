@@ -5,22 +5,23 @@
 #include <QJsonObject>
 #include <QStringList>
 
-/// How the verbs write: nothing that came from a file reaches the terminal as a command to it.
+/// Output of the verbs. Text from files is escaped, so that it cannot send control sequences to the terminal.
 
-/// What cannot be printed (control characters, those that turn the writing direction) as "\u001b".
+/// `text` with each character that cannot be printed (control characters, changes of the writing direction) replaced by
+/// its code, such as "\u001b".
 QString Printable(const QString& text);
-/// One line: file, place, what happens, remedy.
+/// One line without a line break: file, place, effect, remedy.
 QString LineOf(const Finding& finding);
-/// Left-aligned columns; the first row is the heading.
+/// Left-aligned columns; the first row is the heading and must be there, and all rows have as many cells.
 QString TableOf(const QList<QStringList>& rows);
 
 QJsonObject JsonOf(const Finding& finding);
 /// UTF-8, indented, with a closing line break.
 QString JsonText(const QJsonObject& object);
 
-/// Writes text to stdout, which is flushed at the program's end.
+/// Writes `text` to stdout as it is, without flushing; RequireWritten reports a failure.
 void Print(const QString& text);
-/// Throws UsageError with the text `failure` unless all that was printed has been written.
+/// Flushes stdout. Throws UsageError with the text `failure` unless everything has been written.
 void RequireWritten(const QString& failure);
 /// Writes one line to stderr, with the verb in front.
 void Warn(const QString& verb, const QString& line);

@@ -6,7 +6,7 @@
 namespace {
 
 constexpr int MaxLength = 60;
-/// Farther apart, two words are no misspelling of each other.
+/// With more differences one word is not taken for a misspelling of the other.
 constexpr int MaxDistance = 2;
 
 /// Number of single letters to add, drop or change (Levenshtein), whatever their case.

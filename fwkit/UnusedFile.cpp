@@ -12,7 +12,7 @@ struct Module
 
     QString Pattern() const { return FilePattern(device, board); }
     QString Prefix() const { return NamePrefix(Pattern()); }
-    /// Of an image, with its point.
+    /// The extension of an image, with the point.
     QString Extension() const { return Pattern().section('*', 1); }
 };
 
@@ -35,7 +35,7 @@ std::optional<Unused> AboutDots(const QString& entry, const Module& module)
                   Kit::tr("change Folder and File in the catalogue")};
 }
 
-/// The name that `entry` should have, when nothing but upper and lower case is wrong with it; otherwise empty.
+/// The file name that `module` takes, when `entry` differs from it at most in upper and lower case; otherwise empty.
 QString NameInRightCase(const QString& entry, const Module& module)
 {
     const QString name = FileNameOf(entry);

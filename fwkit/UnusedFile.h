@@ -12,5 +12,5 @@ struct Unused
     QString remedy;
 };
 
-/// Nothing when a module of the selected devices takes `entry`, given its certificate.
+/// std::nullopt when a module of the selected devices would take `entry` with a matching certificate.
 std::optional<Unused> WhyUnused(const QString& entry, const Selection& selection);

@@ -5,14 +5,14 @@
 
 #include <QFileInfo>
 
-/// Arguments or files that cannot be used: the text is one line that names file, place and remedy.
+/// Thrown for arguments or files that cannot be used; the text is one line that names file, place and remedy.
 class UsageError : public Error
 {
 public:
     using Error::Error;
 };
 
-/// Why `file` could not be opened or read.
+/// Why opening or reading `file` failed, as a text for people.
 inline QString WhyUnreadable(const QFile& file)
 {
     const QFileInfo info(file);

@@ -7,13 +7,13 @@ class QCommandLineParser;
 /// The program's exit status.
 enum Status { Fine = 0, HasFindings = 1, IsMisused = 2 };
 
-/// One verb of the program.
+/// One verb of fwkit, such as "pack".
 struct Verb
 {
     QString name;
     QString summary;   ///< one sentence
-    QString arguments; ///< the positional ones, as in a line of usage
-    /// All but --help and --json, which every verb has.
+    QString arguments; ///< the positional ones, as the usage line shows them
+    /// Adds all options but --help and --json, which every verb has.
     void (*addOptions)(QCommandLineParser& parser);
     /// Returns the exit status; throws UsageError.
     Status (*run)(const QCommandLineParser& parser);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char LockName[] = "fwkit.lock";
 
-/// All but the lock: it must be the last to go, since a folder without one is never taken for a leftover.
+/// Removes all but the lock file, which must be removed last: a folder without one is not recognised as left over.
 void RemoveContent(const QString& folder)
 {
     const auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
@@ -30,7 +30,7 @@ void RemoveLeftovers(const QString& start)
         if (folder.ownerId() != ::geteuid() || !QFileInfo::exists(path))
             continue;
         QLockFile lock(path);
-        // However old it is: only its process's end makes it stale.
+        // A lock is stale only when its process has ended, however old it is.
         lock.setStaleLockTime(0);
         if (!lock.tryLock(0))
             continue;

@@ -5,8 +5,8 @@
 #include <QLockFile>
 #include <QTemporaryDir>
 
-/// A folder for work in progress that is removed again, also when a signal ends the program. What a killed run could
-/// not remove, the next one does that makes its folder in the same place.
+/// A temporary folder that the destructor removes, also when a signal ends the program. The folder of a killed run is
+/// removed when the next object with the same `start` is made.
 class WorkFolder
 {
 public:
@@ -20,7 +20,7 @@ public:
     QString FilePath(const QString& name) const { return m_folder.filePath(name); }
 
 private:
-    Interruption m_interruption; ///< the first member: a signal ends the program when the folder is gone
+    Interruption m_interruption; ///< first, so destroyed last: a signal takes effect after the folder is removed
     QTemporaryDir m_folder;
-    QLockFile m_lock; ///< tells other runs that this one lives
+    QLockFile m_lock; ///< shows other runs that the folder is in use
 };

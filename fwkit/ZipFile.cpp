@@ -12,7 +12,7 @@
 
 namespace {
 
-// In the format of MS-DOS: 1 January 1980, noon, which every time zone has.
+// 1 January 1980, 12:00, in the format of MS-DOS, which has no time zone.
 constexpr zip_uint16_t FixedDate = 1 << 5 | 1;
 constexpr zip_uint16_t FixedTime = 12 << 11;
 
@@ -47,10 +47,10 @@ bool Add(zip_t* archive, const ZipItem& item)
            && zip_file_set_dostime(archive, zip_uint64_t(index), FixedTime, FixedDate, 0) == 0;
 }
 
-void TellProgress(zip_t*, double done, void* progress)
+void ShowProgress(zip_t*, double done, void* progress)
 {
     constexpr int Steps = 1000;
-    static_cast<Progress*>(progress)->Tell(Kit::tr("Packing"), qint64(done * Steps), Steps);
+    static_cast<Progress*>(progress)->Show(Kit::tr("Packing"), qint64(done * Steps), Steps);
 }
 
 int IsToEnd(zip_t*, void*)
@@ -75,7 +75,7 @@ void WriteZipFile(const QString& path, const QString& name, const QList<ZipItem>
         if (!Add(archive.get(), item))
             Fail(name, zip_strerror(archive.get()));
     }
-    zip_register_progress_callback_with_state(archive.get(), 0.01, TellProgress, nullptr, &progress);
+    zip_register_progress_callback_with_state(archive.get(), 0.01, ShowProgress, nullptr, &progress);
     zip_register_cancel_callback_with_state(archive.get(), IsToEnd, nullptr, nullptr);
     if (zip_close(archive.get()) != 0) {
         Interruption::Check();

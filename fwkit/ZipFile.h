@@ -6,15 +6,16 @@
 
 class Progress;
 
-/// A file of an archive that is to be written.
+/// A file to be written to an archive.
 struct ZipItem
 {
-    QString name;
-    QString source; ///< file that is copied; empty: `content` is taken
+    QString name;   ///< path in the archive
+    QString source; ///< the file to copy; empty: `content` is written
     QByteArray content;
     bool isExecutable = false;
 };
 
-/// Writes a zip archive (APPNOTE.TXT, without zip64). The same items give the same bytes at any time, in any time zone
-/// and whoever does it: dates and modes are fixed. `name` is what a failure calls the file. Throws UsageError.
+/// Writes a zip archive (APPNOTE.TXT, without zip64) to `path`, which must not exist. Dates and modes are fixed, so
+/// that the same items always give the same bytes. `name` is the archive's name in error texts. Throws UsageError when
+/// it cannot be written, Interrupted when a signal has come.
 void WriteZipFile(const QString& path, const QString& name, const QList<ZipItem>& items, Progress& progress);

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// What Qt's parser says, for lupdate: Qt's own translation may not be installed.
+/// Texts of Qt's command line parser, listed for lupdate: Qt's own translation may not be installed.
 [[maybe_unused]] constexpr const char* ParserTexts[] = {
     QT_TRANSLATE_NOOP("QCommandLineParser", "Options:"),
     QT_TRANSLATE_NOOP("QCommandLineParser", "[options]"),
@@ -60,7 +60,7 @@ QString VerbHelp(const Verb& verb)
     QCommandLineParser parser;
     AddOptions(verb, parser);
     const QString text = parser.helpText();
-    // Qt's line of usage names neither the verb nor its arguments.
+    // Qt's usage line has neither the verb nor its arguments.
     return Kit::tr("Usage: fwkit ") + verb.name + ' ' + Kit::tr("[options] ") + verb.arguments
            + text.mid(text.indexOf('\n')) + StatusHelp();
 }
@@ -99,7 +99,7 @@ std::optional<Verb> FindVerb(const QString& name)
                                        : Kit::tr("%1: no such verb; did you mean %2?").arg(name, nearest));
 }
 
-/// `arguments`: as parsers take them, the program's name first, then what follows the verb.
+/// `arguments`: the program's name, then what follows the verb, as QCommandLineParser expects it.
 Status Help(const QStringList& arguments)
 {
     const QString name = arguments.value(1);
@@ -110,7 +110,7 @@ Status Help(const QStringList& arguments)
     return Fine;
 }
 
-/// `name`: the verb, or what stands in its place.
+/// `name`: the first argument, which should be a verb.
 Status Run(const QString& name, const QStringList& arguments)
 {
     if (const std::optional<Verb> verb = FindVerb(name))
@@ -123,8 +123,8 @@ Status Run(const QString& name, const QStringList& arguments)
     return Fine;
 }
 
-/// Qt talks of an archive's faults to stderr in its own words; the findings say the same to the maker.
-void Hush(QtMsgType type, const QMessageLogContext&, const QString& text)
+/// Drops Qt's own warnings about damaged archives: the findings report the damage.
+void DropQtMessages(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
     if (type == QtFatalMsg)
         std::fputs((text + '\n').toUtf8().constData(), stderr);
@@ -136,7 +136,7 @@ void Complain(const QString& name, const QString& why)
     std::fputs((Printable(line) + '\n').toUtf8().constData(), stderr);
 }
 
-/// Throws UsageError for an argument whose bytes are lost in a QString: the file would not be found by it.
+/// Throws UsageError for an argument that is no UTF-8: a QString cannot hold it, and the file would not be found.
 void RefuseUnreadable(int count, char* arguments[])
 {
     for (int i = 1; i < count; ++i) {
@@ -151,14 +151,14 @@ void RefuseUnreadable(int count, char* arguments[])
 
 int main(int argc, char* argv[])
 {
-    qInstallMessageHandler(Hush);
+    qInstallMessageHandler(DropQtMessages);
     // LC_ALL=C asks for English, whatever list of languages a desktop has set.
     qunsetenv("LANGUAGE");
     const QCoreApplication app(argc, argv);
     QTranslator russian;
     if (russian.load(QLocale(), "fwkit", "_", ":/i18n"))
         QCoreApplication::installTranslator(&russian);
-    // A limit on file sizes is a write that fails, not the program's end.
+    // With a limit on file sizes a write then fails instead of ending the program.
     std::signal(SIGXFSZ, SIG_IGN);
     QStringList arguments = QCoreApplication::arguments();
     const QString name = arguments.value(1);
