@@ -1,6 +1,7 @@
 #include "WindowFixture.h"
 
 #include "AppState.h"
+#include "Error.h"
 #include "Pack.h"
 #include "Progress.h"
 #include "Report.h"
@@ -145,11 +146,15 @@ void WindowFixture::PackArchive(const testdata::Files& files)
     const QTemporaryDir folder;
     for (const auto& [name, content] : files)
         testdata::WriteFile(folder.filePath(name), content);
-    Progress progress;
-    const Selection selection = SelectDevices(Path("updater.json"), {});
-    const PackResult packed = Pack({selection, {folder.path()}, Path("new.zip"), true}, progress);
-    if (!packed.findings.isEmpty())
-        qFatal("%s", qPrintable(LineOf(packed.findings.first())));
+    try {
+        Progress progress;
+        const Selection selection = SelectDevices(Path("updater.json"), {});
+        const PackResult packed = Pack({selection, {folder.path()}, Path("new.zip"), true}, progress);
+        if (!packed.findings.isEmpty())
+            qFatal("%s", qPrintable(LineOf(packed.findings.first())));
+    } catch (const Error& error) {
+        qFatal("%s", qPrintable(error.Text()));
+    }
 }
 
 void WindowFixture::TakeArchive(const testdata::Files& files)
