@@ -1,6 +1,6 @@
 // Loaded into the emulated programs only. Qt starts a command as a child with a process descriptor wherever
-// the kernel knows such descriptors, and falls back to a plain fork elsewhere. The emulator passes the question on to
-// the real kernel, but refuses to make such a child: every command would fail to start. The answer here is "unknown".
+// the kernel knows such descriptors, and falls back to a plain fork elsewhere. The emulator forwards the query to
+// the real kernel, but refuses to create such a child: every command would fail to start. The answer here is "unknown".
 
 #include <dlfcn.h>
 #include <errno.h>
@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
-// The commands are this machine's own: what is loaded here cannot be loaded there.
+// Commands are programs of this machine's architecture, which cannot load this library.
 __attribute__((constructor)) static void stay_out_of_children(void)
 {
     unsetenv("LD_PRELOAD");
