@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-/// A bench-board of one's own, on 127.0.0.1. All of it throws Unmeasurable.
+/// A running bench-board on 127.0.0.1. All functions throw Unmeasurable.
 class BoardProcess
 {
 public:
@@ -16,9 +16,9 @@ public:
     struct Work
     {
         int requests = 0;
-        double seconds = 0; ///< that requests were in the board's hands
+        double seconds = 0; ///< that the board took to handle them
     };
-    /// What it did since the last call.
+    /// Requests handled since the last call.
     Work TakeWork();
 
 private:

@@ -1,8 +1,8 @@
-// A board that is as quick as one can be: blocking sockets, one process, nothing on the wire but answers. It serves
-// what the simulated instrument's boards serve, on a port that the system gives out, and says on standard output
+// The fastest possible board: blocking sockets, one process, no output but answers. It answers the same requests as the
+// boards of the simulated instrument, on a free port, and writes to standard output
 //   port PORT                     at the start
-//   served REQUESTS SECONDS       for each line on standard input: requests since the last one, and how long they were
-//                                 in its hands, from their arrival until the answer was ready to be sent
+//   served REQUESTS SECONDS       for each line on standard input: requests since the last line, and the time that they
+//                                 took, from their arrival until the answer was ready to be sent
 // It ends when standard input does.
 
 #include "Board.h"
@@ -63,7 +63,7 @@ public:
                 GiveUp("poll");
             if (ready[0].revents != 0 && !Report())
                 return;
-            // Behind a restart nothing that was ready is there any more.
+            // A restart has closed the remaining sockets of `ready`.
             m_restarted = false;
             for (size_t i = 2; i < ready.size() && !m_restarted; ++i) {
                 if (ready[i].revents != 0)
@@ -77,14 +77,14 @@ public:
 private:
     static constexpr int Units = 10;
 
-    /// The next block is on its way. A processor that falls asleep in the meantime would take longer to wake up than
-    /// the whole exchange takes, and the price of the program's own work would depend on whether it does.
+    /// The next block is expected soon. A processor that goes idle in the meantime would take longer to wake up than
+    /// the whole exchange takes, and the measured cost of the program would depend on it.
     bool IsExpecting() const
     {
         return m_blockTime.count() == 0 && Clock::now() - m_answered < std::chrono::milliseconds(2);
     }
 
-    /// The first time on any port, later on the same one.
+    /// The first time on any free port, later on the same one.
     void Listen()
     {
         m_listener = socket(AF_INET, SOCK_STREAM, 0);
@@ -126,7 +126,7 @@ private:
         Frame::Request request;
         while (Frame::TakeRequest(connection->stream, request) == Frame::Taken::Whole) {
             Board& board = m_boards.at(std::clamp(request.unit, 1, Units));
-            // A block is the only request of that size.
+            // Only block requests are this large.
             if (request.pdu.size() > 20 && m_blockTime.count() > 0)
                 std::this_thread::sleep_until(arrival + m_blockTime);
             const Board::Outcome outcome = board.Handle(request.pdu);
@@ -155,7 +155,7 @@ private:
         board.ComeBack();
     }
 
-    /// False when whoever started this is gone.
+    /// False when standard input is closed: the parent process has ended.
     bool Report()
     {
         char line[16];

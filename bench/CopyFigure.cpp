@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A hundred kibibytes each on average.
+/// 100 KiB each on average.
 QString MakeProgramFolder(int64_t files)
 {
     const QDir folder = EmptyFolder("program-folder");
@@ -20,11 +20,11 @@ QString MakeProgramFolder(int64_t files)
 
 bool Copy(const QString& source, const QString& target)
 {
-    // "/." as a shell would say it: what is in the folder, not the folder.
+    // "/." makes cp copy the content of the folder, not the folder.
     return QProcess::execute("cp", {"-a", source + "/.", target}) == 0;
 }
 
-/// `target` holds an older copy or nothing, and nothing is left for the disk to do.
+/// Empties `target`, copies an older version into it if `isInstalled`, and waits until the disk has written it.
 void Prepare(const QString& source, const QString& target, bool isInstalled)
 {
     EmptyFolder(QDir(target).dirName());

@@ -1,5 +1,5 @@
-// The floor of start and memory: a window of Qt in the same style and size, with nothing in it. With a word on the
-// command line it shows that word, in the program's font: what it takes more is Qt's price for any text.
+// The lower bound of start time and memory: an empty Qt window in the same style and size. With a word on the command
+// line it shows that word in the program's font: the difference is what Qt needs for any text.
 
 #include <QApplication>
 #include <QLabel>

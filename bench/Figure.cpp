@@ -10,12 +10,12 @@
 
 namespace {
 
-/// Fixtures are large: only the current one is kept.
+/// Only the fixtures of the current figure are kept, because they are large.
 struct Current
 {
     std::string name;
     Pair pair;
-    QString whyNot; ///< it is not tried again for each pair
+    QString whyNot; ///< why measuring failed; it is not tried again for each pair
 };
 
 Current& CurrentFigure()

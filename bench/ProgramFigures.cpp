@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// The real program in a folder of its own, with a catalogue of `modules` modules, all behind `board`.
+/// A separate folder with the real program and a catalogue of `modules` modules, all reached through `board`.
 QString MakeProgramFolder(const BoardProcess& board, int modules)
 {
     const QDir folder = EmptyFolder("program");
@@ -78,7 +78,7 @@ Pair Memory(int64_t modules)
     };
 }
 
-/// A board that was updated once is up to date: each of these needs a new one.
+/// Each run needs a new board, because an updated one is up to date.
 Reading MemoryWhileWriting(int64_t size)
 {
     const BoardProcess board(0us);
@@ -99,7 +99,7 @@ Reading MemoryWhileWriting(int64_t size)
     return {{"ours", peak}, {"floor", taken + double(size)}, {"idle before the archive", idle}};
 }
 
-/// The floor is what cannot be less: the pauses that each written module gets to restart, and the board's own time.
+/// The lower bound is the pause that each written module gets to restart, and the board's own time.
 Reading WholeUpdate(int64_t modules)
 {
     constexpr double RestartPause = 2;

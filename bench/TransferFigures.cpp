@@ -37,10 +37,10 @@ struct Target
     BoardProcess board;
     QByteArray image;
     quint16 crc;
-    std::map<std::string, double> served; ///< how long the board had requests in its hands
+    std::map<std::string, double> served; ///< seconds that the board took to handle requests
 };
 
-/// `watch` connects to the link what shall follow the transfer.
+/// `watch` connects slots to the link's signals.
 double WriteAsProgram(Target& target, const std::string& side, const std::function<void(TcpModbus&)>& watch = {})
 {
     target.board.TakeWork();
@@ -64,7 +64,7 @@ double WriteBare(Target& target, BareClient::Waiting waiting, const std::string&
     return seconds;
 }
 
-Pair WithBoardsShare(const std::shared_ptr<Target>& target, const Pair& pair)
+Pair WithBoardTimes(const std::shared_ptr<Target>& target, const Pair& pair)
 {
     return [=] {
         Reading reading = pair();
@@ -80,7 +80,7 @@ Pair AgainstBareSocket(std::chrono::microseconds blockTime, int64_t size)
     const auto target = std::make_shared<Target>(blockTime, size);
     const auto bare = [=] { return WriteBare(*target, BareClient::Waiting::Asleep, "floor"); };
     const Pair pair = AlternatingPair([=] { return WriteAsProgram(*target, "ours"); }, bare);
-    return WithBoardsShare(target, [=] {
+    return WithBoardTimes(target, [=] {
         Reading reading = pair();
         reading["spinning floor"] = WriteBare(*target, BareClient::Waiting::Spinning, "spinning floor");
         return reading;
@@ -151,7 +151,7 @@ Pair WithAndWithoutWindow(std::chrono::microseconds blockTime, int64_t size)
         window->Show(false);
         return WriteAsProgram(*target, "floor");
     };
-    return WithBoardsShare(target, AlternatingPair(shown, hidden));
+    return WithBoardTimes(target, AlternatingPair(shown, hidden));
 }
 
 } // namespace
@@ -162,7 +162,7 @@ void AddTransferFigures()
               [](int64_t size) { return AgainstBareSocket(0us, size); });
     AddFigure("transfer, 1 ms per block", {64 * KiB}, [](int64_t size) { return AgainstBareSocket(1ms, size); });
     AddFigure("transfer, 5 ms per block", {64 * KiB}, [](int64_t size) { return AgainstBareSocket(5ms, size); });
-    // No board takes a block in less: what the window costs beside a faster one decides nothing.
+    // Real boards need at least 1 ms per block: the cost of the window with a faster board does not matter.
     AddFigure("transfer, 1 ms per block, window shown", {64 * KiB},
               [](int64_t size) { return WithAndWithoutWindow(1ms, size); });
 }

@@ -53,7 +53,7 @@ QString Watched::Await(const QString& word)
     }
     const QString line = QString::fromLatin1(m_process.readLine()).trimmed();
     if (!line.startsWith(word))
-        throw Unmeasurable{m_process.program() + " said \"" + line + "\" instead of \"" + word + '"'};
+        throw Unmeasurable{m_process.program() + " printed \"" + line + "\" instead of \"" + word + '"'};
     return line.mid(word.size() + 1);
 }
 

@@ -2,7 +2,7 @@
 
 #include <QProcess>
 
-/// A program on the screen, worked by the UI driver. All of it throws Unmeasurable.
+/// A program on the screen, operated by the UI driver. All functions throw Unmeasurable.
 class Watched
 {
 public:
@@ -13,7 +13,7 @@ public:
 
     /// Waits for the line that begins with `word` and returns what follows.
     QString Await(const QString& word);
-    /// Lets it go on after a line.
+    /// Lets the program continue after a line that it waits at (`stand` in UiScript.h).
     void GoOn() { m_process.write("\n"); }
     /// When it was started, on the clock of Now().
     double Started() const { return m_started; }

@@ -14,7 +14,7 @@ int main(int argc, char** argv)
                      qPrintable(QDir::currentPath()));
         return 2;
     }
-    // The program's own surroundings: its window system decides what each pass through the event loop costs.
+    // The same environment as the program: the window system determines what each pass of the event loop costs.
     QApplication application(argc, argv);
     QApplication::setStyle("Fusion");
     QApplication::setQuitOnLastWindowClosed(false);

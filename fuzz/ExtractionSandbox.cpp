@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Where an archive that is to be refused would like to write; the seeds know the name.
+/// The file outside of the folder that hostile archives try to overwrite; the seeds contain its name.
 constexpr char Elsewhere[] = "/tmp/updater-fuzz-elsewhere";
 
 fs::path Native(const QString& path)
@@ -77,7 +77,7 @@ bool ExtractionSandbox::Extract(const FirmwareArchive& archive) const
     for (const auto& on : fs::recursive_directory_iterator(folder)) {
         const fs::path path = on.path().lexically_relative(folder);
         const bool isLink = path == "link" && on.is_symlink();
-        Require(isLink || allowed, "what is refused leaves nothing behind");
+        Require(isLink || allowed, "a refused archive leaves nothing in the folder");
         Require(isLink || (!on.is_symlink() && (on.is_directory() || (on.is_regular_file() && last.contains(path)))),
                 "only folders and the archive's files are inside");
     }

@@ -6,7 +6,7 @@
 #include <QList>
 #include <QTemporaryDir>
 
-/// A folder to extract into that holds a link out of it, and around it what nothing may touch.
+/// A folder to extract into, with a link that leads out of it, inside a folder in which nothing else may change.
 class ExtractionSandbox
 {
 public:
@@ -25,5 +25,5 @@ private:
     QTemporaryDir m_root;
 };
 
-/// Whether the names alone show that the archive would touch something outside; told without the program's code.
+/// Whether the names alone show that the archive would touch something outside; decided without the program's code.
 bool IsHostile(const QList<ArchiveEntry>& entries);

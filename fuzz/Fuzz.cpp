@@ -10,7 +10,7 @@
 
 namespace {
 
-// The log of a hundred thousand inputs is of no use; the line of a failed assertion is.
+// Suppress the log of the many inputs, but not the line of a failed assertion.
 void Quiet(QtMsgType type, const QMessageLogContext&, const QString& line)
 {
     if (type == QtFatalMsg)
@@ -53,7 +53,7 @@ MemoryFile::MemoryFile(const QByteArray& bytes)
     : m_handle(memfd_create("input", 0))
 {
     Require(m_handle >= 0 && write(m_handle, bytes.constData(), size_t(bytes.size())) == bytes.size(),
-            "the machine has room for a file in memory");
+            "the machine has memory for the file");
 }
 
 MemoryFile::~MemoryFile()

@@ -7,17 +7,17 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What every target shares. libFuzzer calls this with one input; an input that breaks a property ends the process.
+/// Common to all targets. libFuzzer calls this with one input; an input that breaks a property ends the process.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
-/// Ends the process, after telling `property`, when it does not hold; the trace names the place.
+/// Prints `property` and ends the process when it does not hold; the stack trace shows the place.
 void Require(bool holds, const char* property);
 
-/// Up to `count` lines of a readable input, each without its "\n"; what lies behind them belongs to the last one.
+/// Up to `count` lines of a readable input, each without its "\n"; the rest belongs to the last one.
 /// Always `count` of them.
 QList<QByteArray> Lines(const uint8_t* data, size_t size, qsizetype count);
 
-/// Bytes that can be opened by a path and touch no disk.
+/// A file in memory that can be opened by a path.
 class MemoryFile
 {
 public:

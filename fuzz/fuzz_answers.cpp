@@ -38,8 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     Require(Bytes(SerialIn(answer)) == words.back(), "the serial number is the last word");
     Require(Bytes(DeviceTypeIn(answer)) == (words.size() > 1 ? words[1] : ""), "the type is the second word");
-    // A version line of one word stops the program by Qt's assertion, and is meant to: no instrument answers
-    // so, and whatever did is not to be updated. Every other line must come through.
+    // A version line of one word ends the program by Qt's assertion. That is intended: no instrument answers so, and
+    // a board that did must not be updated. Every other line must be handled.
     if (words.size() == 1)
         return 0;
     const std::optional<QString> version = VersionIn(answer, cpu);

@@ -1,4 +1,4 @@
-// A catalogue of any bytes loads, and every number and flag in it is what the file says or the default.
+// A catalogue of any bytes loads, and every number and flag is the value in the file or the default.
 
 #include "AppConfig.h"
 #include "Fuzz.h"

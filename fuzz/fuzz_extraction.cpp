@@ -1,5 +1,5 @@
 // A whole archive with any names: line by line "f", "d" or "l" (file, folder, link) and the name. Each file holds its
-// own name, so what was unpacked under which path can be told.
+// own name, so the test can check which entry was unpacked under which path.
 
 #include "ExtractionSandbox.h"
 #include "Fuzz.h"

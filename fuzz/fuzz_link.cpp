@@ -13,8 +13,8 @@
 
 namespace {
 
-/// What stands behind the header of each frame that answers the first request and is no exception. Qt takes an
-/// answer of any unit and function, and of two answers in one piece the last one.
+/// The bytes after the header of each frame that answers the first request and is no exception. Qt accepts an answer
+/// with any unit and function, and of two answers in one segment the last one.
 QList<QByteArray> Answers(const QByteArray& sent)
 {
     QList<QByteArray> answers;
@@ -40,7 +40,7 @@ bool IsText(const QByteArray& answer, const QString& reply)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static QByteArray sent;
-    // One for all inputs: each closed connection keeps the port of its server busy for a minute.
+    // One server for all inputs: each closed connection keeps the port of its server in use for a minute.
     static FakeBoard board([](QTcpSocket& socket, const QByteArray&) {
         socket.write(sent);
         socket.disconnectFromHost();

@@ -9,7 +9,7 @@
 
 namespace {
 
-// What is extracted lies in memory.
+// Extracted files are in memory.
 constexpr qint64 LargestUnpacked = 1 << 20;
 
 } // namespace

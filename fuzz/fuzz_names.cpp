@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     RequireImage(device, board, path, offered);
     RequireVerdict(current, offered);
     Require(path.right(FileNameOf(path).size()) == FileNameOf(path) && !FileNameOf(path).contains('/'),
-            "a file's name is behind the last slash");
+            "a file's name is the part after the last slash");
     Require(VersionInName(path) == "BAD" || path.count('_') >= 4, "a name without four underscores has no version");
 
     board.Path = "program";

@@ -1,4 +1,4 @@
-// A private answer of any shape: the function code, then the data, as a board sends them behind the header.
+// An answer with a private function code and any content: the function code, then the data, as they follow the header.
 
 #include "Fuzz.h"
 #include "ModbusClient.h"

@@ -1,4 +1,4 @@
-// The instrument's side of the wire: any bytes come in, in one piece and byte by byte.
+// The simulated instrument receives any bytes, in one piece and byte by byte.
 
 #include "Board.h"
 #include "Fuzz.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What the wire's format alone says of `stream`: the size of the first frame, 0 for none yet, -1 for no frame at all.
+/// The size of the first Modbus TCP frame in `stream`, by its header alone; 0 for an incomplete one, -1 for no frame.
 qsizetype FirstFrame(const QByteArray& stream)
 {
     if (stream.size() < 6)
@@ -18,7 +18,7 @@ qsizetype FirstFrame(const QByteArray& stream)
     return stream.size() >= 6 + length ? 6 + length : 0;
 }
 
-/// Keeps `image` what the requests make of it, and requires the answers that follow from it.
+/// Updates `image` by the requests, and requires the answers that follow from it.
 void RequireTransfer(const QByteArray& pdu, bool isRefused, const Processor* accepted, QByteArray& image)
 {
     const quint16 word = qFromLittleEndian<quint16>(pdu.constData() + 3);
