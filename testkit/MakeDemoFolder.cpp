@@ -1,5 +1,5 @@
-// Lays out the folder in which ./demo runs: a catalogue of two instruments on free ports, a program module
-// that is "installed", and in "new" what its maker would pack: new firmware for all but one module.
+// Creates the folder in which ./demo runs: a catalogue of two instruments on free ports, a program module
+// that is "installed", and in "new" the files to pack: new firmware for all but one module.
 
 #include "TestData.h"
 
@@ -21,7 +21,7 @@ int main(int argc, char** argv)
     const QString converterIp = "127.0.0.3";
     const QString powerIp = "127.0.0.4";
 
-    // Both instruments would answer at the same address: only the type tells them apart.
+    // Both instruments have the same address: only the answered type distinguishes them.
     const TDeviceRecord other = testdata::Device(
         "Демо-100", 11, {testdata::Board("Контроллер", "DEMO-100", controllerIp, controllerPort, 1, 0)});
     const TDeviceRecord device = testdata::Device(

@@ -1,4 +1,4 @@
-// Prints a guide in Markdown as a PDF: A4, every section of the second level on a page of its own.
+// Prints a guide in Markdown as a PDF: A4, every section of the second level on a new page.
 
 #include <QDir>
 #include <QFile>
@@ -14,11 +14,11 @@
 
 namespace {
 
-/// Of a picture of the panel, in the 96 dots per inch of a document; the page has 640 between its margins.
+/// Width of a screenshot at the 96 dots per inch of a document; the page has 640 between its margins.
 constexpr qreal PictureWidth = 440;
 constexpr qreal IconWidth = 18;
 
-/// Gives the images their size, and names by which a copy of the document still finds them.
+/// Sets the size of the images, and absolute names under which a copy of the document still finds them.
 void PlaceImages(QTextDocument& document, const QDir& folder)
 {
     QList<QTextFragment> images;

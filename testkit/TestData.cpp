@@ -15,7 +15,7 @@ namespace testdata {
 
 namespace {
 
-/// A text that is empty stands for a key that is not there: a "Path" makes a program of a board.
+/// Leaves out empty texts: a board with a "Path", even an empty one, would be a program module.
 template <typename Record, std::size_t Count>
 QJsonObject ObjectOf(const Record& record, const TCatalogueKey<Record> (&keys)[Count])
 {
@@ -67,7 +67,7 @@ TDeviceRecord Device(const QString& name, int idDev, const QList<TBoardRecord>& 
     device.IdDev = idDev;
     device.BoardCount = int(boards.size());
     std::copy(boards.begin(), boards.end(), device.Boards.begin());
-    // The first board of an instrument is the one that knows what it is.
+    // The first board of an instrument is its main board, which answers with its type.
     device.Boards[0].Main = true;
     return device;
 }

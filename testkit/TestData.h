@@ -7,12 +7,12 @@
 #include <QPair>
 #include <QString>
 
-/// What a test or the demo needs around the program: catalogues, images, certificates, archives.
+/// Data that tests and the demo need: catalogues, images, certificates, archives.
 namespace testdata {
 
 using Files = QList<QPair<QString, QByteArray>>;
 
-/// A port of `ip` that nobody listens on now.
+/// A free port of `ip`.
 int FreePort(const QString& ip);
 TBoardRecord Board(const QString& name, const QString& type, const QString& ip, int port, int unit, int cpu);
 TBoardRecord Program(const QString& name, const QString& folder, const QString& file);
@@ -21,7 +21,7 @@ void WriteCatalogue(const QString& path, const QList<TDeviceRecord>& devices);
 
 /// An image that carries its version as the simulated instrument reads it; no two versions share a byte run.
 QByteArray Image(const QString& version, int size);
-/// `files` and, behind each, its certificate.
+/// `files`, each followed by its certificate.
 Files WithCertificates(const Files& files);
 /// Stops the program when the file cannot be written.
 void WriteFile(const QString& path, const QByteArray& content);

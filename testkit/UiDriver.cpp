@@ -66,10 +66,10 @@ bool UiDriver::eventFilter(QObject* object, QEvent* event)
             LookAtAnEvent();
         });
     }
-    // A picture may be taken, which must not paint a window that is just being painted.
+    // A step may take a screenshot, which must not paint a window that is just being painted.
     if (isPainting || m_isDelivering)
         return false;
-    // A window that comes to the screen is painted by this event: it is looked at behind that.
+    // This event paints a window that appears on the screen, so check the steps after it.
     const bool exposes = event->type() == QEvent::Expose;
     if (exposes) {
         m_isDelivering = true;
@@ -153,7 +153,7 @@ void UiDriver::ChooseFile(const QString& title, const QString& fileName, Action 
         }
         return nullptr;
     };
-    // The list may still have been growing under the finger: then it presses once more, too late for a double press.
+    // The list may have changed during the press: then press once more, after the double-click interval.
     Step(
         "open " + fileName,
         [=] {
@@ -166,7 +166,7 @@ void UiDriver::ChooseFile(const QString& title, const QString& fileName, Action 
                 picked();
             PressNow(accept());
         });
-    // The program may show at once, and for a moment only, what it does with the file.
+    // The program may react to the file at once, with something that is visible only for a moment.
     m_steps.append({"the dialog is gone", [=] { return !dialog(); }, {}, true});
 }
 

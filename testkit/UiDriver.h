@@ -11,9 +11,9 @@ class QDialog;
 class QMessageBox;
 class QWidget;
 
-/// Works a window as an operator would: waits until it sees something, then presses, one step after the other,
-/// also while the program is in the middle of a long loop or of a modal box. Presses go through the window
-/// system, so a window behind a modal one does not get them.
+/// Operates a window as an operator would, step by step: waits for a condition, then acts, also while the program is in
+/// a long loop or shows a modal message box. Presses are events of the window system, so a window blocked by a modal
+/// one does not receive them.
 class UiDriver : public QObject
 {
     Q_OBJECT
@@ -23,18 +23,18 @@ public:
     using Action = std::function<void()>;
 
     /// The last step of AnswerBox.
-    static constexpr char BoxIsGone[] = "the box is gone";
+    static constexpr char BoxIsGone[] = "the message box is closed";
 
-    /// Far above what any step takes: only a program that hangs comes to it.
+    /// Far longer than any step takes: only a program that hangs reaches this limit.
     static constexpr std::chrono::milliseconds GivesUp = std::chrono::minutes(1);
 
     UiDriver();
 
-    /// `then` happens once, as soon as `when` holds.
+    /// Calls `then` once, as soon as `when` returns true.
     void Step(const QString& name, Condition when, Action then = {});
-    /// The same, looked for at every event too: also what lasts for a few milliseconds is seen.
+    /// The same, but checks `when` at every event too, so that it notices what lasts only a few milliseconds.
     void Catch(const QString& name, Condition when, Action then = {});
-    /// Does it as soon as the step before is done.
+    /// Calls `action` as soon as the step before is done.
     void Do(Action action)
     {
         Step(
@@ -42,20 +42,19 @@ public:
     }
     /// Presses the visible button once it is enabled and nothing modal blocks its window.
     void Press(const QString& objectName);
-    /// Waits for the box with this text and presses its button with that text.
+    /// Waits for the message box with `text` and presses its button with `buttonText`.
     void AnswerBox(const QString& text, const QString& buttonText);
-    /// Picks the file in the dialog with this title, as a finger would, and presses "Открыть".
-    /// `picked` happens between the two.
+    /// Selects the file in the dialog with this title by pressing its entry, calls `picked`, and presses "Открыть".
     void ChooseFile(const QString& title, const QString& fileName, Action picked = {});
     /// Opens the folder in the dialog with this title by pressing it twice.
     void EnterFolder(const QString& title, const QString& name);
 
-    /// Does the steps from the running event loop; Finished tells the end.
+    /// Does the steps from the running event loop; emits Finished at the end.
     void Start(std::chrono::milliseconds stepLimit = GivesUp);
-    /// Does the steps now; true when all were done. `Failure` names the step that was not.
+    /// Does the steps now; returns whether all were done. `Failure` names the step that was not.
     bool Run(std::chrono::milliseconds stepLimit = GivesUp);
     QString Failure;
-    /// Name of the step that is waited for; empty when all are done.
+    /// Name of the current step; empty when all are done.
     QString Next() const { return m_steps.isEmpty() ? QString() : m_steps.first().name; }
 
     /// A window was painted and handed to the window system. Only for a driver that has steps to catch.
@@ -63,11 +62,11 @@ public:
 
     /// The visible widget with this object name; null when there is none.
     static QWidget* Find(const QString& objectName);
-    /// The dialog or box that takes the input now; null when it is the main window (modal itself) or the
+    /// The dialog or message box that receives the input now; null when it is the main window (modal itself) or the
     /// pop-up.
     static QDialog* OpenDialog();
     static QMessageBox* OpenBox();
-    /// Nothing modal keeps a press from this widget's window.
+    /// No modal window blocks presses on this widget's window.
     static bool IsReachable(const QWidget* widget);
     static void PressNow(QWidget* widget);
     static void PressNow(QWidget* widget, const QPoint& at);
@@ -77,7 +76,7 @@ signals:
     void Finished(bool all);
 
 protected:
-    /// While stopped, no step is done and no limit counts down.
+    /// While stopped, no step is done and no time limit runs.
     void Stop() { m_timer.stop(); }
     void GoOn() { Start(m_limit); }
 

@@ -1,10 +1,10 @@
-// Loaded into the real, unchanged program by Qt (QT_QPA_GENERIC_PLUGINS=uidriver), it works the window as an operator
-// would:
+// Loaded into the real, unchanged program by Qt (QT_QPA_GENERIC_PLUGINS=uidriver), it operates the window as an
+// operator would:
 //   UPDATER_UI_SCRIPT    the file whose lines it follows (see UiScript.h)
-//   UPDATER_UI_SHOTS     the folder for the pictures; without it none is taken
-//   UPDATER_UI_PATIENCE  how many seconds to wait for one step, where programs are slow
+//   UPDATER_UI_SHOTS     the folder for the screenshots; without it none is taken
+//   UPDATER_UI_PATIENCE  seconds to wait for one step, for slow machines
 //   UPDATER_UI_CAMERA    where Qt cannot read the screen: a program that writes it into a given file
-// A step that does not come, or a program that ends before its last step, ends with status 4.
+// When a step is not reached in time, or the program ends before the last step, the exit status is 4.
 
 #include "UiDriver.h"
 #include "UiScript.h"
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /// The program must not end before the operator has seen what he waits for; that a box has gone he need not see.
+    /// The program must not end before its last step. That the last message box has closed need not be seen.
     void CheckTheEnd()
     {
         if (Next().isEmpty() || Next() == BoxIsGone)
@@ -57,7 +57,7 @@ private:
         std::_Exit(4);
     }
 
-    /// A shot of what the window shows now, also where it has not been painted yet.
+    /// A screenshot of what the window shows now, also where it has not been painted yet.
     void Picture(const QString& name)
     {
         for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -81,7 +81,7 @@ private:
         }
     }
 
-    /// Lets the window system go on meanwhile: it may have yet to show what was painted.
+    /// Processes events meanwhile: the window system may not have shown yet what was painted.
     bool Photograph(const QString& camera, const QString& file)
     {
         QProcess process;
@@ -106,7 +106,8 @@ class UiDriverPlugin : public QGenericPlugin
 public:
     QObject* create(const QString&, const QString&) override
     {
-        // The application object is still being made; the first window must not be painted before this looks.
+        // The application object is still being constructed, but the event filter is needed before the first window is
+        // painted.
         QMetaObject::invokeMethod(
             qApp, [] { new Operator; }, Qt::QueuedConnection);
         return new QObject(this);

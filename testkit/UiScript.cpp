@@ -152,7 +152,7 @@ using Step = std::function<void(UiDriver& driver, const Words& w, const Picture&
 using Wait = std::function<UiDriver::Condition(UiDriver& driver, const Words& w)>;
 using Act = std::function<UiDriver::Action(const Words& w, const Picture& picture)>;
 
-/// Each verb with the count of its words.
+/// Each verb with the number of its words.
 const QHash<QPair<QString, int>, Step> Steps{
     {{"press", 1}, [](UiDriver& driver, const Words& w, const Picture&) { driver.Press(w[0]); }},
     {{"press-row", 2},
@@ -186,8 +186,7 @@ const QHash<QPair<QString, int>, Wait> Waits{
     {{"search", 0},
      [](UiDriver&, const Words&) {
          return [] {
-             return Shows("button_DeviceType", "Поиск прибора...") && IsUsable("buttonClose")
-                    && !IsUsable("buttonArchive");
+             return Shows("button_DeviceType", Searching) && IsUsable("buttonClose") && !IsUsable("buttonArchive");
          };
      }},
     {{"enabled", 1}, [](UiDriver&, const Words& w) { return [=] { return IsUsable(w[0]); }; }},
@@ -219,7 +218,7 @@ const QHash<QPair<QString, int>, Act> Acts{
     {{"stand", 0}, [](const Words&, const Picture&) { return StandStill; }},
 };
 
-/// Adds the lines as steps: a wait together with what is to be written when it is over.
+/// Adds the lines as steps: a wait together with the output that follows it.
 class Reader
 {
 public:
@@ -230,11 +229,12 @@ public:
     ~Reader() { Flush(); }
     Q_DISABLE_COPY_MOVE(Reader)
 
-    /// False when there is no such verb with so many words.
+    /// False when there is no such verb with this number of words.
     bool Read(const QString& line)
     {
         QString text = line;
         text.replace("\\n", "\n").replace("%success", Success).replace("%failure", Failure);
+        text.replace("%searching", Searching).replace("%reading", Reading);
         Words words = text.split(" | ");
         const QString verb = words.takeFirst().trimmed();
         const QPair<QString, int> key(verb, int(words.size()));
@@ -288,7 +288,7 @@ QString AddScript(UiDriver& driver, const QString& path, const std::function<voi
         if (!lines[i].trimmed().isEmpty() && !lines[i].startsWith('#') && !reader.Read(lines[i]))
             return QString("line %1: no such step, or not with so many words: %2").arg(i + 1).arg(lines[i]);
     }
-    // A caret that blinks would make every picture another one.
+    // A blinking caret would make screenshots differ.
     QApplication::setCursorFlashTime(0);
     return {};
 }

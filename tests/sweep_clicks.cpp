@@ -1,14 +1,14 @@
-// For every state that the window passes through in a whole update: the window is started anew and, in that state, one
-// enabled button is pressed (once, and twice) or the window is closed. The update searches, reads versions, takes an
-// archive, searches again over marked rows, and writes two processors and a program; behind a stop it is run once more.
-// The driver answers every dialog and goes on.
+// For every distinct state of the window during a full update: restart the window and, in that state, press one enabled
+// button (once, twice) or close the window; then check rows, message boxes, controls and what the instrument received.
+// The update searches, reads versions, opens an archive, searches again with marked rows, and writes two processors and
+// a program; after a stop it is run once more. The test answers every dialog and continues.
 //
-// A state is what can be observed at an entry of Qt's event dispatcher: requests and connections at the instrument,
-// texts, cells, status icons, marks, progress, enabled buttons, open dialog. A first run lists the states; a cell acts
-// when its own run shows the same one. Presses are events of the window system, also on what something modal blocks:
-// there they must come to nothing. A mark is not pressed twice, which only takes it back. The window is closed as by
-// the end of the desktop's session, so behind open dialogs too. Buttons are push buttons, without Qt's small tools of
-// the file dialog.
+// A state is what can be observed whenever Qt's event dispatcher wakes up: requests and connections at the instrument,
+// texts, table cells, status icons, marks, progress, enabled buttons, open dialog. A first session lists the states;
+// each later one acts when it reaches the state of its row. Presses are events of the window system, also on windows
+// that a modal one blocks: there they must have no effect. A mark is not pressed twice, which would only undo it. The
+// window is closed as at the end of the desktop's session, also while dialogs are open. Buttons are push buttons, not
+// the tool buttons of Qt's file dialog.
 
 #include "AppState.h"
 #include "ScriptedBoard.h"
@@ -31,18 +31,18 @@
 
 using namespace std::chrono_literals;
 
-/// One session of the window, with one thing done to it at a point.
+/// One session of the window, in which one button is pressed, or the window closed, in one state.
 class WindowSession : public QObject
 {
 public:
-    QList<QPair<QString, QStringList>> Points; ///< pictures, and the buttons enabled in each
+    QList<QPair<QString, QStringList>> States; ///< each with its enabled buttons
     QStringList Wrong;
-    QStringList Boxes;
-    bool Struck = false;
+    QStringList Boxes; ///< the message box at the end of each run: "success", "failure" or its text
+    bool Acted = false;
 
-    /// `control` is a button's name, with " twice" behind it or not, or "close" for the window.
-    WindowSession(const QString& picture, const QString& control)
-        : m_strikeAt(picture)
+    /// `control` is a button's name, which " twice" may follow, or "close" for the window.
+    WindowSession(const QString& state, const QString& control)
+        : m_actIn(state)
         , m_control(control)
     {
         QGuiApplication::setQuitOnLastWindowClosed(true);
@@ -68,7 +68,7 @@ public:
         WindowFixture::PackArchive(Images("2.0")
                                    + testdata::Files{{"viewer/viewer", "#!/bin/sh\n"}, {"viewer/viewer.ver", "2.0"}});
         m_table = m_fixture.window->findChild<QTableWidget*>();
-        // Behind the program's own slot: when this press began a run, that run is over.
+        // Called after the program's slot: when this press started a run, that run is over.
         connect(m_fixture.window->findChild<QPushButton*>("buttonUpdate"), &QPushButton::clicked, this, [this] {
             if (m_fixture.Text("buttonUpdate") == "Отмена")
                 m_lastWrite = m_writes + 1;
@@ -84,12 +84,12 @@ public:
         const int status = QCoreApplication::exec();
         QAbstractEventDispatcher::instance()->disconnect(this);
         Expect(!m_fixture.window->isVisible() && Boxes.size() == m_runs,
-               "a window is still there, or a run had no box");
+               "a window is still open, or a run ended without a message box");
         if (m_closed) {
-            Expect(HasBackup() == m_backupAtClose, "a backup was made behind the close");
+            Expect(HasBackup() == m_backupAtClose, "a backup was made after the close");
         } else {
             Expect(m_fixture.Controls() == "idle" && !g_updateAborted, m_fixture.Controls() + ", aborted or not");
-            // A stop in the last module's last moment ends a run as failed that has written everything.
+            // A stop at the very end of the last module reports a failure although everything is written.
             Expect(!m_fixture.IsEnabled("buttonUpdate") || Boxes.value(Boxes.size() - 1, "success") == "success",
                    "the last run failed");
             Expect(HasBackup() == Boxes.contains("success"), "backup without success");
@@ -135,7 +135,7 @@ private:
         Expect(m_closed || isSettled || Boxes.value(Boxes.size() - 1) == "failure", "wrong version or icon of " + name);
     }
 
-    /// The enabled buttons by name; those of the rows get names of theirs.
+    /// The enabled buttons by name. Names the buttons of the rows.
     QMap<QString, QPushButton*> Buttons() const
     {
         for (int row = 0; row < m_table->rowCount(); ++row) {
@@ -153,7 +153,7 @@ private:
         return enabled;
     }
 
-    QString Picture() const
+    QString State() const
     {
         const auto* bar = m_fixture.window->findChild<QProgressBar*>();
         const QWidget* modal = QApplication::activeModalWidget();
@@ -171,35 +171,35 @@ private:
         return (parts + Buttons().keys()).join('|').replace('\n', ' ');
     }
 
-    /// At every entry of the dispatcher.
+    /// Called whenever the event dispatcher wakes up.
     void Look()
     {
-        const QString picture = Picture();
+        const QString state = State();
         if (m_limit.hasExpired()) {
-            Expect(false, "hangs at " + picture);
+            Expect(false, "hangs at " + state);
             m_limit.setRemainingTime(1s);
             QCoreApplication::exit(1);
         }
         Watch();
-        if (!m_seen.contains(picture) && m_fixture.window->isVisible()) {
-            m_seen.insert(picture);
-            Points.append({picture, Buttons().keys()});
+        if (!m_seen.contains(state) && m_fixture.window->isVisible()) {
+            m_seen.insert(state);
+            States.append({state, Buttons().keys()});
         }
-        // A dialog is gone a pass before its work goes on, and no operator is quicker; what had no effect is done
-        // again.
-        if (m_picture != picture)
+        // A dialog closes one pass of the event loop before the program continues, and no operator is faster: wait for
+        // a stable state. A press that had no effect is repeated later.
+        if (m_state != state)
             m_rest.setRemainingTime(4ms);
-        m_picture = picture;
-        const bool strikes = picture == m_strikeAt && !Struck;
-        if (!strikes && !m_rest.hasExpired())
+        m_state = state;
+        const bool acts = state == m_actIn && !Acted;
+        if (!acts && !m_rest.hasExpired())
             return;
         m_rest.setRemainingTime(60ms);
-        strikes ? Strike() : GoOn();
+        acts ? Act() : GoOn();
     }
 
-    void Strike()
+    void Act()
     {
-        Struck = true;
+        Acted = true;
         const QString name = QString(m_control).remove(" twice");
         const QPushButton* button = Buttons().value(name);
         m_isBlocked = button && !UiDriver::IsReachable(button);
@@ -232,13 +232,12 @@ private:
                 m_given[row].append(Offered(row));
             Expect(!ends || box->text() != Success || !m_marked[row] || Held(row) == Offered(row), "untrue success");
         }
-        // A step of the plan is done when it shows: a press may be lost to a window that is just being blocked.
+        // A step is done when its effect is visible: a press may be lost when a modal window has just opened.
         const QString step = m_plan.first();
         if ((step == "buttonArchive" && qobject_cast<QFileDialog*>(UiDriver::OpenDialog()))
-            || (step == "button_DeviceType" && m_fixture.Text(step) == "Поиск прибора...")
-            || (step == "buttonUpdate" && starts))
+            || (step == "button_DeviceType" && m_fixture.Text(step) == Searching) || (step == "buttonUpdate" && starts))
             m_plan.removeFirst();
-        Expect(m_writes <= m_lastWrite, "written behind a stop");
+        Expect(m_writes <= m_lastWrite, "written after a stop");
         if (!running && !m_closed)
             m_lastWrite = INT_MAX;
         for (const QString& name : Buttons().keys())
@@ -253,13 +252,13 @@ private:
             const QString filter = dialog->nameFilters().first();
             const QString name = filter == "*.zip" ? "new.zip" : QString(filter).replace('*', "3.0");
             auto* edit = dialog->findChild<QLineEdit*>("fileNameEdit");
-            // A program always comes from the archive's folder: nothing is to be learnt from choosing another file.
+            // A program is always copied from the archive's folder, whichever file is chosen here.
             if (filter == "viewer" || edit->text() == name)
                 return Press(filter == "viewer" ? "Отмена" : "Открыть");
             return edit->setText(name);
         }
         const bool reading = m_fixture.window->findChild<QWidget*>("label_Update")->isVisible()
-                             && m_fixture.Text("label_Update") == "Считываю версии модулей...";
+                             && m_fixture.Text("label_Update") == Reading;
         const bool reachable = m_fixture.window->isVisible() && UiDriver::IsReachable(m_fixture.window.get());
         if (!reachable || g_busy || reading || m_fixture.Cell(2, 1).isEmpty())
             return;
@@ -268,14 +267,14 @@ private:
         Press(m_plan.first());
     }
 
-    QString m_strikeAt;
+    QString m_actIn;
     QString m_control;
     WindowFixture m_fixture;
     Instrument* m_instrument = nullptr;
     QTableWidget* m_table = nullptr;
     QStringList m_plan{"buttonArchive", "button_DeviceType", "buttonUpdate", "buttonUpdate", "buttonClose"};
     QSet<QString> m_seen;
-    QString m_picture;
+    QString m_state;
     QDeadlineTimer m_rest{0};
     QDeadlineTimer m_limit{60s};
     int m_connections = 0;
@@ -283,7 +282,7 @@ private:
     int m_runs = 0;
     bool m_running = false;
     std::array<bool, 3> m_marked{};
-    std::array<QByteArrayList, 3> m_given; ///< what the row offered in each run for which it was marked
+    std::array<QByteArrayList, 3> m_given; ///< the row's file in each run for which it was marked
     int m_lastWrite = INT_MAX;
     bool m_closed = false;
     bool m_backupAtClose = false;
@@ -297,40 +296,40 @@ class SweepClicks : public QObject
     QMap<QString, int> m_figures;
 
 private slots:
-    void EveryPoint_data()
+    void EveryState_data()
     {
         QLoggingCategory::setFilterRules("*=false");
-        QTest::addColumn<QString>("picture");
+        QTest::addColumn<QString>("state");
         QTest::addColumn<QString>("control");
-        WindowSession rehearsal({}, {});
-        QCOMPARE(rehearsal.Run(), 0);
-        QCOMPARE(rehearsal.Wrong + rehearsal.Boxes, QStringList("success"));
-        m_figures["points"] = 0;
-        for (const auto& [picture, enabled] : rehearsal.Points) {
+        WindowSession first({}, {});
+        QCOMPARE(first.Run(), 0);
+        QCOMPARE(first.Wrong + first.Boxes, QStringList("success"));
+        m_figures["states"] = 0;
+        for (const auto& [state, enabled] : first.States) {
             QStringList controls = enabled + QStringList("close");
             for (const QString& name : enabled)
                 controls += name.startsWith("mark") ? QStringList() : QStringList(name + " twice");
-            const int point = ++m_figures["points"];
+            const int number = ++m_figures["states"];
             for (const QString& control : controls)
-                QTest::addRow("%d %s", point, qPrintable(control)) << picture << control;
+                QTest::addRow("%d %s", number, qPrintable(control)) << state << control;
         }
     }
-    void EveryPoint()
+    void EveryState()
     {
-        QFETCH(QString, picture);
+        QFETCH(QString, state);
         QFETCH(QString, control);
         std::optional<WindowSession> session;
         int status = 0;
-        // A machine with much to do may skip a picture that lasts some milliseconds.
-        for (int tries = 0; tries < 5 && (!session || !session->Struck); ++tries) {
-            session.emplace(picture, control);
+        // A busy machine may skip a state that lasts some milliseconds.
+        for (int tries = 0; tries < 5 && (!session || !session->Acted); ++tries) {
+            session.emplace(state, control);
             status = session->Run();
         }
         const QString how = control == "close" ? "closed" : control.endsWith(" twice") ? "pressed twice" : "pressed";
-        ++m_figures["cells"];
+        ++m_figures["sessions"];
         ++m_figures[how + ", " + (session->Boxes.isEmpty() ? "no run" : session->Boxes.join(", then "))];
-        QVERIFY2(session->Wrong.isEmpty(), qPrintable(session->Wrong.join("; ") + " after " + picture));
-        QVERIFY2(session->Struck, qPrintable("this session did not show " + picture));
+        QVERIFY2(session->Wrong.isEmpty(), qPrintable(session->Wrong.join("; ") + " after " + state));
+        QVERIFY2(session->Acted, qPrintable("this session did not reach " + state));
         QCOMPARE(status, 0);
     }
     void cleanupTestCase()

@@ -1,5 +1,5 @@
-// Every fault of the simulated instrument at every request of a whole update: the run ends, and no box says more than
-// the instrument holds. What each cell must show stands in docs/reliability.md, from where it is read.
+// Every fault of the simulated instrument at every request of a full update: the run ends, and the message box reports
+// no success that the instrument does not have. The expected outcomes are read from the table in docs/reliability.md.
 
 #include "ScriptedBoard.h"
 #include "Table.h"
@@ -14,16 +14,16 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// What one letter of the table says of a module.
+/// The outcome for a module that one letter of the table stands for.
 struct Outcome
 {
     QString icon;
     QString shown;         ///< current version in the table
     bool holds = false;    ///< the instrument holds exactly the image
-    bool runs = false;     ///< and answers with its version in the end
-    bool boxFails = false; ///< the end box tells of a failure
+    bool runs = false;     ///< and reports its version in the end
+    bool boxFails = false; ///< the message box at the end reports a failure
     bool isLast = false;   ///< no later module is touched
-    QString log;           ///< a line that must be there, "!" in front: must not
+    QString log;           ///< a line that must be logged, after "!": must not
 };
 
 const QHash<QString, Outcome> Outcomes{
@@ -41,7 +41,8 @@ const QHash<QString, Outcome> Outcomes{
     {"G", {"cancel", "1.0", true, true, true, false, "WaitReboot 9"}},
     {"-", {"", "1.0", false, false, false, false, ""}},
 };
-/// Success is shown, or not denied, over a module that does not run the image; the icon tells it, or the row's silence.
+/// The message box reports success although a module does not run the image; only the row's icon, or its absence,
+/// shows it.
 constexpr char SilentOutcomes[] = "WORLK";
 constexpr int RequestsOfModule = 7;
 
@@ -102,11 +103,11 @@ private slots:
     void Cell_data()
     {
         const Table<QString, QString, QString> row("fault", "first", "second");
-        // The sanitizers take a few times as long: there only each n-th cell is run.
+        // Under the sanitizers a run takes a few times as long: there only each n-th row is run.
         const int stride = std::max(1, qEnvironmentVariableIntValue("SWEEP_STRIDE"));
-        int cell = 0;
+        int index = 0;
         const auto add = [&](const QString& fault, const QString& first, const QString& second) {
-            if (cell++ % stride == 0)
+            if (index++ % stride == 0)
                 row(qPrintable(fault), fault, first, second);
         };
         for (const QStringList& cells : ExpectationRows()) {
@@ -115,7 +116,7 @@ private slots:
             const QStringList all = cells[4].split(' ', Qt::SkipEmptyParts);
             QVERIFY2(first.size() == RequestsOfModule && second.size() == RequestsOfModule, qPrintable(cells[0]));
             for (int i = 0; i < RequestsOfModule; ++i) {
-                // "2N": the fault finds only the second module's image to strike.
+                // "2N": the fault can occur only while the second module's image is written.
                 const bool isLater = first[i].startsWith('2');
                 const QString next = isLater ? first[i].mid(1) : Outcomes[first[i]].isLast ? "-" : "S";
                 add(cells[0] + '@' + QString::number(i + 1), isLater ? "S" : first[i], next);
@@ -152,7 +153,7 @@ private slots:
         const bool success = !expected[0].boxFails && !expected[1].boxFails;
         QString box;
         fixture.driver.Step(
-            "the end box", [] { return UiDriver::OpenBox(); },
+            "the message box at the end", [] { return UiDriver::OpenBox(); },
             [&] {
                 box = UiDriver::OpenBox()->text();
                 UiDriver::PressNow(UiDriver::OpenBox()->buttons().last());
@@ -173,11 +174,11 @@ private slots:
             if (success && expected[row].icon == "ok")
                 QVERIFY(instrument.Image(row) == image && instrument.Version(row) == "2.0");
         }
-        // The client may repeat a request that got no answer once, just before its limit.
+        // The client may repeat an unanswered request once, just before its time limit expires.
         if (!fault.endsWith("@always"))
             QVERIFY(instrument.RepetitionCount() <= 1);
         ++m_counts[success ? QString(SilentOutcomes).contains(first) || QString(SilentOutcomes).contains(second)
-                                 ? "success box over a module that does not run the image"
+                                 ? "success reported for a module that does not run the image"
                                  : "success"
                            : "failure named"];
     }

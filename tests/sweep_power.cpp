@@ -25,7 +25,7 @@ class SweepPower : public QObject
 {
     Q_OBJECT
 
-    /// Starts the program and has it worked.
+    /// Starts the program, operated by the UI driver.
     static void Start(QProcess& process, const QString& folder, const QString& steps)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -73,7 +73,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::Running, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::NotRunning, 60000);
         QCOMPARE(first.exitStatus(), QProcess::CrashExit);
-        // A board that was just told to finish comes back.
+        // A board restarts after the finish command.
         QTest::qWait(500);
         QString offered = "offered:";
         for (int row = 0; row < 2; ++row)

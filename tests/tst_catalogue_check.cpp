@@ -1,4 +1,4 @@
-// The desk's judgement of a catalogue: a fault that it passes by, or tells at the wrong place, is found on site.
+// `fwkit check`: a mistake in a catalogue that it misses or reports at the wrong place would be found only on site.
 
 #include "AppConfig.h"
 #include "CatalogueCheck.h"
@@ -39,7 +39,7 @@ private slots:
         const Table<QByteArray, QByteArray, QString> row("from", "to", "findings");
         row("nothing", "", "", "");
         row("comma left out", "200,", "200", "not-json 3:3");
-        row("behind the end", "  ]\n}", "  ]\n} x", "not-json 13:3");
+        row("text after the end", "  ]\n}", "  ]\n} x", "not-json 13:3");
         row("cut off", "MBAddr': 255}\n    ]}\n  ]\n}\n", "MBAddr': 255}", "not-json 10:106");
         row("list on top", m_good, "\n [1]", "no-object 2:2");
         row("a text on top", m_good, "'x'", "not-json 1:1");
@@ -211,7 +211,7 @@ private slots:
         for (int i = 0; i < 100000; ++i)
             flood += ",\n'" + QByteArray::number(i) + "': 0";
         const CatalogueReport report = CheckCatalogue({}, Json(flood) + "}");
-        // A flood of one kind must not hide the other.
+        // Many findings of one kind must not hide another kind.
         QCOMPARE(report.findings.size(), CatalogueReport::MaxOfKind + 1);
         QCOMPARE(report.omitted, 100001 - CatalogueReport::MaxOfKind);
         QCOMPARE(CheckCatalogue({}, QByteArray(1000000, '[')).findings.value(0).kind, "not-json");

@@ -1,4 +1,4 @@
-// The catalogue: absurd files must leave defaults behind, never a crash or a write beyond the tables.
+// Loading the catalogue: an invalid file must result in defaults, never in a crash or a write beyond the tables.
 
 #include "AppConfig.h"
 #include "Table.h"
@@ -135,7 +135,7 @@ private slots:
         QVERIFY(config.Load());
         QCOMPARE(config.DeviceVersion, 200);
 
-        // A disk that takes only the first bytes: the write is short without an error of its own.
+        // A disk that accepts only the first bytes: write() returns a short count and sets no error.
         const QString path = config.FileName;
         QJsonObject large{{"Text", QString(100000, 'x')}};
         std::signal(SIGXFSZ, SIG_IGN);

@@ -1,5 +1,5 @@
-// Sticks that are pulled, disks that are full or read-only, power that goes, and what sudo may do: the real window
-// says so, and no program file is ever lost.
+// USB sticks that are removed, disks that are full or read-only, power cuts, and failures of sudo: the real window
+// reports them, and no program file is ever lost.
 
 #include "AlertRecorder.h"
 #include "FirmwareArchive.h"
@@ -24,7 +24,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// While it lives, no file grows beyond `bytes`: a write fails as on a full disk.
+/// While the object exists, no file grows beyond `bytes`: a write fails as on a full disk.
 class FullDisk
 {
 public:
@@ -42,7 +42,7 @@ private:
     rlimit m_before{};
 };
 
-/// While it lives, the program's folder takes nothing: root, whom no mode stops, becomes nobody.
+/// While the object exists, the program's folder is read-only. File modes do not stop root, so root becomes nobody.
 class ReadOnlyFolder
 {
 public:
@@ -63,7 +63,7 @@ private:
     bool m_isNobody = false;
 };
 
-/// While it lives, `script` stands for sudo; without one there is no sudo at all.
+/// While the object exists, `script` replaces sudo; without a script there is no sudo at all.
 class Sudo
 {
 public:
@@ -108,7 +108,7 @@ private slots:
         row(
             "gone in the data", [](const QString& path) { QFile::resize(path, 20000); }, false);
         row(
-            "gone altogether", [](const QString& path) { QFile::resize(path, 0); }, false);
+            "truncated to nothing", [](const QString& path) { QFile::resize(path, 0); }, false);
     }
     void StickPulled()
     {
@@ -119,7 +119,7 @@ private slots:
         const FirmwareArchive archive(path);
         pull(path);
         QDir(root.path()).mkdir("out");
-        // What did not come is empty, so that its certificate names it.
+        // The part that could not be read is empty, so the digest differs and the alert names the certificate.
         QVERIFY(archive.ExtractAll(root.filePath("out")));
         QFETCH(bool, whole);
         QCOMPARE(Tree(root.filePath("out")), whole ? QStringList({"a:90000", "b=later"}) : QStringList({"a=", "b="}));
@@ -127,7 +127,7 @@ private slots:
 
     void UnreadableStick_data()
     {
-        // Opens, and fails at the first byte, as a stick does that was pulled.
+        // Can be opened, but reading its first byte fails, as on a removed USB stick.
         const QString pulled = "/proc/self/mem";
         const Table<QString, QString> row("image", "certificate");
         row("the certificate", "", pulled);
@@ -144,12 +144,12 @@ private slots:
         QFETCH(QString, certificate);
         QVERIFY(image.isEmpty() || (QFile::remove(path) && QFile::link(image, path)));
         QVERIFY(QFile::link(certificate, path + ".sha256"));
-        AlertRecorder boxes;
+        AlertRecorder alerts;
         fixture.PressRow(0, 3);
         fixture.driver.ChooseFile("Открыть файл с прошивкой", "fw_7_1_0_v1.4.bin");
-        fixture.driver.Step("told", [&] { return !boxes.texts.isEmpty() && !UiDriver::OpenBox(); });
+        fixture.driver.Step("reported", [&] { return !alerts.texts.isEmpty() && !UiDriver::OpenBox(); });
         QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
-        QCOMPARE(boxes.texts, QStringList{"Внимание!: Не соответствует сертификат fw_7_1_0_v1.4.bin.sha256"});
+        QCOMPARE(alerts.texts, QStringList{"Внимание!: Не соответствует сертификат fw_7_1_0_v1.4.bin.sha256"});
         QCOMPARE(fixture.Cell(0, 2), "");
     }
 
@@ -195,7 +195,7 @@ private slots:
         testdata::WriteFile(WindowFixture::Path("viewer.ver"), "1.0");
         ScriptedBoard one;
         WindowFixture fixture;
-        // Only these commands have no end.
+        // Only these commands never end.
         g_timeLimits.systemCommand = QByteArray(QTest::currentDataTag()).startsWith("sudo asks") ? 500ms : 60s;
         fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), testdata::Program("b", "viewer", "viewer")})});
         fixture.TakeArchive(testdata::WithCertificates({{"viewer/viewer", NewProgram}, {"viewer/viewer.ver", "2.0"}}));
@@ -211,7 +211,7 @@ private slots:
         QTEST(fixture.Status(1), "status");
         QFETCH(bool, isNew);
         QVERIFY(testdata::ReadFile(WindowFixture::Path("viewer")) == (isNew ? NewProgram : OldProgram));
-        // Whatever is read at the next start is the version of the program that is there.
+        // The version file read at the next start must match the program file.
         QCOMPARE(testdata::ReadFile(WindowFixture::Path("viewer.ver")), isNew ? "2.0" : "1.0");
         QCOMPARE(Leftovers(WindowFixture::Path("")), QStringList());
         QCOMPARE(fixture.Controls(), "idle");
@@ -240,7 +240,7 @@ private slots:
             QVERIFY(installed == old || installed == next);
             leftovers += Leftovers(root.filePath("installed")).size();
         }
-        // What the killed ones left is of no use to anybody: it is not copied on, and the next copy removes it.
+        // Temporary files of killed copies are not copied along, and the next copy removes them.
         QVERIFY(leftovers > 0);
         testdata::WriteFile(root.filePath("installed/.updater-copy.aZ09bY"), "half");
         QVERIFY(QDir(root.path()).mkdir("backup"));

@@ -1,4 +1,4 @@
-// What the maker's tool finds in an archive, and how it tells it.
+// What fwkit finds in an archive, and how it reports it.
 
 #include "Fwkit.h"
 #include "Table.h"
@@ -53,9 +53,9 @@ private slots:
         row("files that are not copied",
             certified(Good() + testdata::Files{{"view/a/firmware/f", ""}, {"view/.h", ""}}),
             {"never-copied view/a/firmware/f", "never-copied view/.h"}, {}, "a.zip");
-        row("a version behind _", certified({{"fw_7_1_0_v1_5.bin", "x"}}), {"bad-version fw_7_1_0_v1_5.bin"}, {},
+        row("a version after _", certified({{"fw_7_1_0_v1_5.bin", "x"}}), {"bad-version fw_7_1_0_v1_5.bin"}, {},
             "a.zip");
-        row("half a version behind _", certified({{"fw_7_1_0_v1_v5.bin", "x"}}), {"bad-version fw_7_1_0_v1_v5.bin"}, {},
+        row("half a version after _", certified({{"fw_7_1_0_v1_v5.bin", "x"}}), {"bad-version fw_7_1_0_v1_v5.bin"}, {},
             "a.zip");
         row("empty version file", certified({{"view/prog", "x"}, {"view/prog.ver", ""}}), {"bad-version view/prog"}, {},
             "a.zip");
@@ -101,16 +101,16 @@ private slots:
             testdata::WriteFile(folder.filePath(archive), zip);
         }
         const Outcome outcome = Run(folder, {"verify", "--json", "--catalogue", "@/updater.json", "@/" + archive});
-        const QJsonObject told = QJsonDocument::fromJson(outcome.out.toUtf8()).object();
+        const QJsonObject printed = QJsonDocument::fromJson(outcome.out.toUtf8()).object();
         QStringList boxes;
-        for (const QJsonValue& box : told["devices"][0]["boxes"].toArray())
+        for (const QJsonValue& box : printed["devices"][0]["boxes"].toArray())
             boxes.append(QString::number(box["times"].toInt()) + ' ' + box["title"].toString() + ' '
                          + box["text"].toString());
         QTEST(boxes, "boxes");
-        QStringList notes = Kinds(told["notes"]);
+        QStringList notes = Kinds(printed["notes"]);
         QCOMPARE(notes.takeFirst(), "catalogue-findings");
-        QCOMPARE(Kinds(told["findings"]) + notes.replaceInStrings(QRegularExpression("^"), "note: "), findings);
-        QCOMPARE(outcome.status, Kinds(told["findings"]).isEmpty() ? 0 : 1);
+        QCOMPARE(Kinds(printed["findings"]) + notes.replaceInStrings(QRegularExpression("^"), "note: "), findings);
+        QCOMPARE(outcome.status, Kinds(printed["findings"]).isEmpty() ? 0 : 1);
         QCOMPARE(outcome.err, "");
         QCOMPARE(Listing(folder), QStringList({archive, "updater.json"}));
     }
@@ -130,11 +130,11 @@ private slots:
                             {"in/view.txt", "x"}});
         const Outcome outcome = Run(
             folder, {"pack", "-q", "--catalogue", "@/updater.json", "--device", "7", "--output", "@/a.zip", "@/in"});
-        QString told = outcome.err;
-        told.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
+        QString printed = outcome.err;
+        printed.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
         const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
         const QString only = "has the name but takes fw_7_1_0_v*.bin only; ";
-        QCOMPARE(told.split('\n').filter(": "),
+        QCOMPARE(printed.split('\n').filter(": "),
                  QStringList({"fw_7_1_0_v2.BIN: does not take it: upper and lower case count; rename it to "
                               "fw_7_1_0_v2.bin",
                               "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
@@ -168,9 +168,9 @@ private slots:
         files += testdata::Files{{"view/prog", "x"}, {"\x1b[31m.\xc2\x9b.bin", "x"}};
         testdata::WriteZip(folder.filePath("a.zip"), files);
         const Outcome outcome = Run(folder, {"verify", "--catalogue", "@/updater.json", "@/a.zip"}, -1, locale);
-        const QStringList told = outcome.out.split('\n');
+        const QStringList printed = outcome.out.split('\n');
         for (const QString& line : lines)
-            QVERIFY2(told.contains(line), qPrintable(outcome.out));
+            QVERIFY2(printed.contains(line), qPrintable(outcome.out));
         QVERIFY(outcome.out.contains("\\u001b[31m.\\u009b.bin"));
         QVERIFY(!outcome.out.contains('\x1b'));
     }
@@ -231,16 +231,16 @@ private slots:
         testdata::WriteCatalogue(folder.filePath("good.json"), {GoodDevice()});
         testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
         testdata::WriteZip(folder.filePath("b.zip"),
-                        {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n"}, {"z", "1"}});
+                           {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n"}, {"z", "1"}});
         QByteArray zip = testdata::ReadFile(folder.filePath("b.zip"));
-        zip[zip.lastIndexOf("PK\1\2") + 8] = '\1'; // encrypted, as it says
+        zip[zip.lastIndexOf("PK\1\2") + 8] = '\1'; // its flags: encrypted
         testdata::WriteFile(folder.filePath("b.zip"), zip);
         WriteFiles(folder, {{"in/fw_7_1_0_v2.0.bin", "x"}, {"firmware/x", ""}});
         const Outcome outcome = Run(folder, arguments);
         QCOMPARE(outcome.status, status);
-        for (const auto& [told, expected] : {std::pair(outcome.out, out), std::pair(outcome.err, err)}) {
+        for (const auto& [printed, expected] : {std::pair(outcome.out, out), std::pair(outcome.err, err)}) {
             const QString text = QString(expected).replace("@", folder.path());
-            QVERIFY2(text.isEmpty() ? told.isEmpty() : told.contains(text), qPrintable(told));
+            QVERIFY2(text.isEmpty() ? printed.isEmpty() : printed.contains(text), qPrintable(printed));
         }
     }
 

@@ -1,5 +1,5 @@
-// Archives from anybody's stick, taken in the real window: what the operator sees, what is on the disk afterwards,
-// and what it costs in memory. Nothing outside of the extraction folder ever changes.
+// Archives from an untrusted USB stick, opened in the real window: what the operator sees, what is on the disk
+// afterwards, and how much memory was needed. Nothing outside of the extraction folder ever changes.
 
 #include "AlertRecorder.h"
 #include "FirmwareArchive.h"
@@ -69,13 +69,13 @@ class TestHostileArchives : public QObject
     {
         QString version = "2.0"; ///< that the row offers
         QStringList tree = FwTree;
-        QStringList boxes = {};
+        QStringList alerts = {};
         bool popupStays = false;
         Prepare prepare = [](const QString&) {};
     };
     static void Row(const QByteArray& name, const QByteArray& zip, const Seen& seen)
     {
-        QTest::newRow(name.constData()) << zip << seen.version << seen.tree << seen.boxes << seen.popupStays
+        QTest::newRow(name.constData()) << zip << seen.version << seen.tree << seen.alerts << seen.popupStays
                                         << seen.prepare;
     }
     static QString Different(const QString& name)
@@ -106,7 +106,7 @@ private slots:
         QTest::addColumn<QByteArray>("zip");
         QTest::addColumn<QString>("version");
         QTest::addColumn<QStringList>("tree");
-        QTest::addColumn<QStringList>("boxes");
+        QTest::addColumn<QStringList>("alerts");
         QTest::addColumn<bool>("popupStays");
         QTest::addColumn<Prepare>("prepare");
         Row("good", MakeZip(Image()), {});
@@ -129,7 +129,7 @@ private slots:
         testdata::WriteFile(WindowFixture::Path("new.zip"), zip);
         QTableWidgetItem* offered = m_fixture->window->findChild<QTableWidget*>("tableWidget")->item(0, 2);
         offered->setText("");
-        AlertRecorder boxes;
+        AlertRecorder alerts;
         int looks = 0;
         m_fixture->driver.Press("buttonArchive");
         m_fixture->driver.ChooseFile("Открыть архив с прошивками", "new.zip");
@@ -138,7 +138,7 @@ private slots:
             looks = modal && modal->windowType() == Qt::ToolTip ? looks + 1 : 0;
             return looks > 10 || (m_fixture->Controls() == "idle" && UiDriver::IsReachable(m_fixture->window.get()));
         });
-        // From here on the peak is counted anew, and not hidden by what an earlier row gave back.
+        // Reset the peak, or the memory that an earlier row has freed would hide it.
         malloc_trim(0);
         testdata::WriteFile("/proc/self/clear_refs", "5");
         const qint64 memory = Memory("VmRSS:");
@@ -147,7 +147,7 @@ private slots:
         if (looks > 0)
             QApplication::activeModalWidget()->close();
         QTEST(looks > 0, "popupStays");
-        QTEST(boxes.texts, "boxes");
+        QTEST(alerts.texts, "alerts");
         QTEST(offered->text(), "version");
         QStringList found = Tree(folder);
         found.sort();
@@ -172,7 +172,7 @@ void TestHostileArchives::Refused()
     refused("zero byte", {{QByteArray("a\0b", 3), "1"}});
     refused("link", {{.name = "link", .content = "/etc", .mode = 0120777}});
     refused("link, and a file through it", {{.name = "link", .content = "..", .mode = 0120777}, {"link/x", "1"}});
-    refused("link to a name of its own", {{.name = "link", .content = Fw, .mode = 0120000}});
+    refused("link under another name", {{.name = "link", .content = Fw, .mode = 0120000}});
     refused("file and folder at once", {{"a/b", "1"}, {"a", "2"}});
     refused("folder entry and file at once", {{.name = "a/", .mode = 040755}, {"a", "2"}});
     refused("name too long", {{QByteArray(256, 'n'), "1"}});
@@ -210,9 +210,9 @@ void TestHostileArchives::Harmless()
         {"3.0", {"a/", "a/fw_7_1_0_v3.0.bin=IMAGE", "a/fw_7_1_0_v3.0.bin.sha256:32", "empty/"}});
     Row("twice the same name: the later counts", MakeZip(Image({.content = "OTHER"}) + Image()), {});
     Row("stored", MakeZip(Image({.method = 0})), {});
-    Row("sizes only behind the data", MakeZip(Image({.flags = 8, .local = Fw})), {});
+    Row("sizes only after the data", MakeZip(Image({.flags = 8, .local = Fw})), {});
     Row("local header of another name and size", MakeZip(Image({.local = "../../x"})), {});
-    Row("a comment behind", Changed(MakeZip(Image()) + "hello", MakeZip(Image()).size() - 2, "\5"), {});
+    Row("a comment at the end", Changed(MakeZip(Image()) + "hello", MakeZip(Image()).size() - 2, "\5"), {});
     const QByteArray russian = "Прошивка/fw_7_1_0_v3.0.bin";
     const QStringList russianTree{"Прошивка/", russian + "=IMAGE", russian + ".sha256:32"};
     Row("Cyrillic in UTF-8, flagged", MakeZip(Image({.name = russian, .flags = 0x800})), {"3.0", russianTree});
@@ -221,7 +221,7 @@ void TestHostileArchives::Harmless()
     Row("Cyrillic in CP866", MakeZip(Image({.name = "\x8f\x90\xe8/fw_7_1_0_v3.0.bin"})),
         {"3.0", {unreadable, unreadable + "fw_7_1_0_v3.0.bin=IMAGE", unreadable + "fw_7_1_0_v3.0.bin.sha256:32"}});
     Row("no certificate, control characters", MakeZip(Image() + Entries{{"a\n\x07", "1"}}),
-        {.tree = QStringList{"a\n\x07=1"} + FwTree, .boxes = {"Внимание!: Не найден сертификат a\n\x07.sha256"}});
+        {.tree = QStringList{"a\n\x07=1"} + FwTree, .alerts = {"Внимание!: Не найден сертификат a\n\x07.sha256"}});
     Entries many;
     QStringList tree;
     for (int i = 0; i < 5000; ++i) {
@@ -254,8 +254,8 @@ void TestHostileArchives::Damaged()
     damaged("zip64 sizes", Changed(zip, directory + 20, QByteArray(8, char(0xff))));
     damaged("over the limit", Changed(zip, directory + 24, QByteArray("\1\0\0\x10", 4)));
     damaged("a hole in the archive", Changed(zip, data, QByteArray(5, 0)));
-    const QByteArray behind = MakeZip({Image()[1], Image()[0]});
-    damaged("no local header", Changed(behind, behind.lastIndexOf("PK\3\4"), "xx"));
+    const QByteArray imageLast = MakeZip({Image()[1], Image()[0]});
+    damaged("no local header", Changed(imageLast, imageLast.lastIndexOf("PK\3\4"), "xx"));
 }
 
 void TestHostileArchives::NoArchive()
@@ -310,13 +310,14 @@ void TestHostileArchives::Bombs()
     const MadeEntry honest{.name = "a", .content = QByteArray(Size, 0)};
     const QByteArray packed = Deflated(honest.content);
     QVERIFY(packed.size() < Size / 1000);
-    Row("bomb that says so", MakeZip(Image() + Entries{{.name = "a", .content = honest.content, .packed = packed}}),
+    Row("bomb with its true size",
+        MakeZip(Image() + Entries{{.name = "a", .content = honest.content, .packed = packed}}),
         {.tree = QStringList{QString("a:%1").arg(Size)} + FwTree,
-         .boxes = {"Внимание!: Не найден сертификат a.sha256"}});
+         .alerts = {"Внимание!: Не найден сертификат a.sha256"}});
     Row("bomb that claims little", MakeZip({{.name = Fw, .size = 1000, .packed = packed}, Image()[1]}),
         {"", EmptyFwTree, {Different(Fw)}});
     constexpr auto Largest = quint32(FirmwareArchive::LargestEntry);
-    // Only claimed: a program that falls for it must not fill the disk of whoever runs this.
+    // The size is only claimed: a program that believes it must not fill the disk of the machine that runs this test.
     Entries claims{{.name = "first", .content = "IMAGE", .size = Largest}};
     while (claims.size() < 30000)
         claims.append({.name = QByteArray::number(claims.size()), .content = "IMAGE", .size = Largest, .offset = 0});

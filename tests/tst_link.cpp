@@ -1,4 +1,4 @@
-// The client side of the wire: exact bytes, and what becomes of every answer that a board may give.
+// The Modbus TCP client: the exact bytes it sends, and its result for every answer that a board may give.
 
 #include "AppState.h"
 #include "FakeBoard.h"
@@ -30,7 +30,7 @@ void Obey(QTcpSocket& socket, const QByteArray& request)
         socket.write(FakeBoard::Answer(request, 0x48, Hex("0200") + request.mid(10, 2)));
 }
 
-/// How often a connection that fails was tried.
+/// Number of attempts of a connection that fails.
 int Attempts(TcpModbus& link)
 {
     static int attempts;
@@ -68,7 +68,7 @@ private slots:
 
     void RequestBytes_data()
     {
-        // Behind the transaction number: protocol 0, length, unit | function | data (MODBUS Messaging on TCP/IP, 3.1).
+        // After the transaction number: protocol 0, length, unit | function | data (MODBUS Messaging on TCP/IP, 3.1).
         const Table<int, QByteArray, QByteArray> row("command", "text", "frame"); // command -1: a text
         row("version query", -1, "VER ?;", Hex("0000 000a 03 47 0600 5645 5220 3f3b"));
         row("empty text", -1, "", Hex("0000 0004 03 47 0000"));
@@ -216,7 +216,7 @@ private slots:
     {
         const Table<bool> row("stop");
         row("block refused", false);
-        // Seen behind the accepted block, before its progress.
+        // The stop flag is checked after the accepted block, before its progress is reported.
         row("stop", true);
     }
     void ImageEndsEarly()
@@ -259,7 +259,7 @@ private slots:
         g_timeLimits.connectAttempt = 30ms;
         TcpModbus link(nullptr, host, port, 1);
         QCOMPARE(Attempts(link), 10);
-        // The stop flag is looked at behind an attempt, not before the first.
+        // The stop flag is checked after each attempt, not before the first.
         g_stopRequested = true;
         const QDeadlineTimer attempt(g_timeLimits.connectAttempt);
         QCOMPARE(Attempts(link), 1);

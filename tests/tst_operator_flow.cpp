@@ -1,4 +1,4 @@
-// The operator's road in the real window over real TCP: search, versions, archive, update, and the boxes on the way.
+// An update by the operator in the real window over real TCP: search, versions, archive, update and message boxes.
 
 #include "AlertRecorder.h"
 #include "AppState.h"
@@ -109,14 +109,14 @@ private slots:
         row("question, no", true, "Нет", QMessageBox::No);
         row("question, Escape", true, "", QMessageBox::No);
     }
-    void Boxes()
+    void Alerts()
     {
         QFETCH(bool, question);
         QFETCH(QString, press);
         const QString text = "<b>Текст</b>";
         const auto icon = question ? QMessageBox::Question : QMessageBox::Critical;
         UiDriver driver;
-        driver.Step("the box", [=] {
+        driver.Step("the message box", [=] {
             const QMessageBox* box = UiDriver::OpenBox();
             return box && g_currentMessageBox == box && box->textFormat() == Qt::PlainText && box->icon() == icon
                    && box->windowFlags().testFlag(Qt::FramelessWindowHint);
@@ -133,13 +133,13 @@ private slots:
 
     void Certificates_data()
     {
-        const Table<testdata::Files, QStringList, QString> row("files", "boxes", "versions");
+        const Table<testdata::Files, QStringList, QString> row("files", "alerts", "versions");
         const QString missing = "Внимание!: Не найден сертификат fw_7_1_0_v2.0.bin.sha256";
         const QString different = "Внимание!: Не соответствует сертификат fw_7_1_0_v2.0.bin.sha256";
         const testdata::Files good = BothImages();
         const auto certified = testdata::WithCertificates;
         row("good", good, {}, "2.0 2.0");
-        row("missing: told for every row", {good[0], good[2], good[3]}, {missing, missing}, " 2.0");
+        row("missing: reported for every row", {good[0], good[2], good[3]}, {missing, missing}, " 2.0");
         row("hexadecimal", {good[0], {good[1].first, good[1].second.toHex()}}, {different, different}, " ");
         row("wrong kind of image", certified({{"fw_7_1_0_v9.rpd", "x"}, {"fw_7_2_1_v9.bin", "x"}}), {}, " ");
         row("a later entry wins", certified({{"a/fw_7_1_0_v3.bin", "x"}, {"b/fw_7_1_0_v2.5.bin", "y"}}), {}, "2.5 ");
@@ -151,10 +151,10 @@ private slots:
         ScriptedBoard one;
         WindowFixture fixture;
         fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0), one.Record("b", 2, 1)})});
-        AlertRecorder boxes;
+        AlertRecorder alerts;
         fixture.TakeBadArchive(files);
         QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
-        QTEST(boxes.texts, "boxes");
+        QTEST(alerts.texts, "alerts");
         QTEST(fixture.Cell(0, 2) + " " + fixture.Cell(1, 2), "versions");
     }
 
@@ -163,7 +163,7 @@ private slots:
         ScriptedBoard one;
         WindowFixture fixture;
         fixture.Open({testdata::Device("П", 7, {one.Record("a", 1, 0)})});
-        // In a "firmware" folder the extraction folder is not made, and it is not there.
+        // A program in a "firmware" folder does not create the extraction folder, and here none exists.
         testdata::WriteZip(WindowFixture::Path("firmware.zip"), BothImages());
         fixture.driver.Press("buttonArchive");
         fixture.driver.ChooseFile("Открыть архив с прошивками", "firmware.zip");

@@ -1,4 +1,4 @@
-// What the maker's tool writes: archives and certificates, the same each time, whole or not at all.
+// The archives and certificates that fwkit writes: identical in each run, and written completely or not at all.
 
 #include "FirmwareArchive.h"
 #include "Fwkit.h"
@@ -28,7 +28,7 @@ QByteArray LargeZip()
     return MakeZip(entries);
 }
 
-/// An image that keeps the tool busy, in the folder "in", and an archive "large.zip" that does.
+/// An image in the folder "in" and an archive "large.zip", both large enough to keep fwkit busy for a while.
 void WriteLarge(const QTemporaryDir& folder)
 {
     static const QByteArray Zip = LargeZip();
@@ -37,7 +37,7 @@ void WriteLarge(const QTemporaryDir& folder)
     QFile::resize(folder.filePath("in/fw_7_1_0_v2.0.bin"), 200 << 20);
 }
 
-/// Waits until a run has begun to write into a folder of its own, and returns the names of all such folders.
+/// Waits until a run has begun to write into its temporary folder, and returns the names of all such folders.
 QStringList BusyFolders(const QProcess& process, const QTemporaryDir& folder, int count)
 {
     QStringList busy;
@@ -73,7 +73,7 @@ private slots:
         QVERIFY(first.err.contains("The folder's name contains \"firmware\""));
         const QByteArray zip = testdata::ReadFile(folder.filePath("firmware/a.zip"));
 
-        // Later, elsewhere, with other inputs of the same content; the archive itself is none of them.
+        // At a later time and in another folder, from copies of the inputs; an archive in the folder is not packed.
         qputenv("TZ", "Asia/Tokyo");
         QFile touched(folder.filePath("firmware/view/prog"));
         QVERIFY(touched.open(QIODevice::ReadWrite));
@@ -253,7 +253,8 @@ private slots:
         row("no input", pack + QStringList{"--output", "@/a.zip"}, " pack: missing: FILE|FOLDER");
         row("missing input", pack + QStringList{"--output", "@/a.zip", "@/x"}, " pack: @/x: no such file or folder");
         row("link to nothing", {"certify", "@/nowhere"}, " certify: @/nowhere: a link that leads nowhere");
-        row("catalogue behind no link", {"devices", "@/nowhere"}, " devices: @/nowhere: cannot be read (a link that");
+        row("catalogue through a broken link", {"devices", "@/nowhere"},
+            " devices: @/nowhere: cannot be read (a link that");
         row("pipe as input", pack + QStringList{"--output", "@/a.zip", "@/fifo"}, " pack: @/fifo: no regular file");
         row("nothing in it", pack + QStringList{"--output", "@/a.zip", "@/empty"}, " pack: the inputs hold no file");
         row("unreadable input", pack + QStringList{"--output", "@/a.zip", "/proc/self/mem"},
@@ -292,7 +293,7 @@ private slots:
 
     void Certify_data()
     {
-        const Table<QStringList, QStringList, QString> row("arguments", "told", "right");
+        const Table<QStringList, QStringList, QString> row("arguments", "printed", "right");
         const QString different = "b/prog: It does not match its certificate, which stays as it is";
         const QString empty = "none: It is empty and gets no certificate";
         row("first", {"@/in"}, {"a.bin: new", "c.bin: unchanged", different, empty}, "a.bin c.bin");
@@ -306,7 +307,7 @@ private slots:
     void Certify()
     {
         QFETCH(QStringList, arguments);
-        QFETCH(QStringList, told);
+        QFETCH(QStringList, printed);
         const QTemporaryDir folder;
         const auto digest = [](const QByteArray& text) {
             return QCryptographicHash::hash(text, QCryptographicHash::Sha256);
@@ -329,7 +330,7 @@ private slots:
         QCOMPARE(lines.filter("left out").size(), arguments.last() == "@/in" ? 5 : 1);
         lines.replaceInStrings(QRegularExpression("; .*|.*left out.*|^Certificates: .*"), "");
         lines.removeAll({});
-        QCOMPARE(lines, told);
+        QCOMPARE(lines, printed);
         QCOMPARE(outcome.status, outcome.err.isEmpty() ? 0 : 1);
 
         QStringList right;
@@ -339,7 +340,7 @@ private slots:
         }
         QTEST(right.join(' '), "right");
         QCOMPARE(QDir(folder.filePath("outside")).entryList(QDir::Files), QStringList("x"));
-        // What is right is not even rewritten.
+        // A correct certificate is not rewritten.
         QCOMPARE(QFileInfo(folder.filePath("in/c.bin.sha256")).lastModified(), before);
     }
 };

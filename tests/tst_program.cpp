@@ -1,4 +1,4 @@
-// The real program in a process of its own: one copy at a time, its assertion, and that it always ends.
+// The real program in a separate process: one copy at a time, its assertion, and that it always ends.
 
 #include "FakeBoard.h"
 #include "RunGuard.h"
@@ -16,8 +16,8 @@ class TestProgram : public QObject
 {
     Q_OBJECT
 
-    /// Starts the program in `folder`, worked by the driver when it is given steps. All copies share one temporary
-    /// folder: a killed one leaves its marker behind, and only the key file there leads the next one to it.
+    /// Starts the program in `folder`; with steps, the UI driver operates it. All copies share one temporary folder: a
+    /// killed copy leaves its shared-memory marker, and the next copy finds it only through the key file there.
     static void Start(QProcess& process, const QTemporaryDir& folder, const QString& steps = {})
     {
         QFile::copy(UPDATER_PROGRAM, folder.filePath("updater"));
@@ -90,7 +90,7 @@ private slots:
         QCOMPARE(second.readAllStandardError(), "");
         QCOMPARE(first.state(), QProcess::Running);
 
-        // The marker of a copy that was killed does not keep the next one out.
+        // The marker of a killed copy does not prevent the next start.
         Kill(first);
         QProcess third;
         Start(third, folder);
@@ -118,7 +118,7 @@ private slots:
 
     void ClosedInTheMiddle_data()
     {
-        // What the board does not answer; size of the image, 0 where the road does not lead to writing it.
+        // The request that the board does not answer; the size of the image, 0 where none is written.
         const Table<QByteArray, int> row("silentOn", "size");
         row("close-search", "DEVICETYPE ?;", 0);
         row("close-reading", "VER ?;", 0);
@@ -151,7 +151,7 @@ private slots:
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QVERIFY2(process.exitCode() == 0, log.right(600));
         QVERIFY(log.contains("Try connect"));
-        // An answer whose time limit runs out is logged without a text: the close did not wait for that.
+        // A request whose time limit expires is logged without a text: closing must not have waited for it.
         QVERIFY2(!log.contains("updater/TcpModbus.cpp \n"), log.right(600));
         QCOMPARE(blocks > 0, size > 0);
         QVERIFY(blocks < 3000000 / 240);
@@ -162,7 +162,7 @@ private slots:
         Kill(next);
     }
 
-    void PackedArchiveIsTakenWithoutABox()
+    void PackedArchiveIsTakenWithoutAlerts()
     {
         FakeBoard board([](QTcpSocket& socket, const QByteArray& request) {
             socket.write(FakeBoard::Text(request, FakeBoard::Command(request).chopped(2) + "1.0;"));

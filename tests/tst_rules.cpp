@@ -1,4 +1,4 @@
-// What an answer, a file name, a certificate and a pair of versions mean.
+// How answers, file names, certificates and pairs of versions are interpreted.
 
 #include "Answers.h"
 #include "FirmwareFiles.h"
@@ -62,7 +62,7 @@ private slots:
         row("wrong kind for another processor", 1, "fw_3_2_1_v1.bin", false);
         row("other unit", 0, "fw_3_21_0_v1.bin", false);
         row("other case", 0, "FW_3_2_0_v1.bin", false);
-        row("more behind the extension", 0, "fw_3_2_0_v1.bin.txt", false);
+        row("text after the extension", 0, "fw_3_2_0_v1.bin.txt", false);
         row("program file", -1, "viewer/my-viewer", true);
         row("companion of a program file", -1, "viewer/my-viewer.ver", false);
         row("program folder with a dot", -1, "viewer-1.0/my-viewer", false);
@@ -144,7 +144,7 @@ private slots:
 
     void ReadErrorEndsTheHash()
     {
-        // Opens, and fails at the first byte, as a stick does that was pulled.
+        // Can be opened, but reading its first byte fails, as on a removed USB stick.
         const FileDigest digest = ReadDigest("/proc/self/mem");
         QVERIFY(digest.opened);
         QVERIFY(digest.sha256.isEmpty());

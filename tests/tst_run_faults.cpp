@@ -1,5 +1,5 @@
-// What a bad board or an exchanged instrument makes of the road: every end is told truly, and nothing is left behind.
-// What an impatient operator makes of it, sweep_clicks.cpp tells.
+// Updates with a faulty board or an exchanged instrument: the window shows the true outcome and is idle afterwards.
+// See sweep_clicks.cpp for buttons pressed at unexpected moments.
 
 #include "ScriptedBoard.h"
 #include "Table.h"
@@ -13,7 +13,7 @@
 
 using namespace std::chrono_literals;
 
-Q_DECLARE_METATYPE(Misdeed)
+Q_DECLARE_METATYPE(Misbehaviour)
 
 class TestRunFaults : public QObject
 {
@@ -23,28 +23,29 @@ private slots:
     void RunWithAFault_data()
     {
         const QString next = ExtractionFolder() + "/fw_7_2_1_v2.0.rpd";
-        const Misdeed removeNext = [=](const Call&) {
+        const Misbehaviour removeNext = [=](const Call&) {
             QFile::remove(next);
             return false;
         };
-        const Misdeed replaceNext = [=](const Call&) {
+        const Misbehaviour replaceNext = [=](const Call&) {
             testdata::WriteFile(next, "other");
             return false;
         };
-        const Misdeed loader = [](const Call& call) {
+        const Misbehaviour loader = [](const Call& call) {
             call.scripted.type = call.scripted.finished ? "DEV" : "LOADER";
             return false;
         };
         // Status and version of the faulty module, then of the next one.
-        const Table<QString, QString, QString, Misdeed> row("box", "status", "versions", "fault");
+        const Table<QString, QString, QString, Misbehaviour> row("box", "status", "versions", "fault");
         row("none", Success, "ok ok", "2.0 2.0", {});
         row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0", removeNext);
-        row("the next module's file is replaced behind its certificate", Failure, "ok cancel", "2.0 1.0", replaceNext);
+        row("the next module's file is replaced after its certificate was checked", Failure, "ok cancel", "2.0 1.0",
+            replaceNext);
         row("another type until it is written, as a boot loader answers", Success, "ok ok", "2.0 2.0", loader);
     }
     void RunWithAFault()
     {
-        QFETCH(Misdeed, fault);
+        QFETCH(Misbehaviour, fault);
         QFETCH(QString, box);
         ScriptedBoard first;
         ScriptedBoard second;
@@ -93,7 +94,7 @@ private slots:
         fixture.WaitForVersions();
         fixture.driver.Do(look);
         QVERIFY2(fixture.driver.Run(30s), qPrintable(fixture.driver.Failure));
-        // A run enables every row button; only reading the versions anew disables those of a row without one.
+        // A run enables every row button; only reading the versions again disables those of a row without one.
         QCOMPARE(seen, (QStringList{"2.0 ??? ++++", "2.0 2.0 ++++", "2.0 ??? ++--"}));
         QCOMPARE(first.blocks, 9);
     }
@@ -148,7 +149,7 @@ private slots:
         other.Type = "DEV2";
         const QList<TBoardRecord> boards{main.Record("a", 1, 0), slow.Record("b", 2, 1), main.Record("c", 3, 0)};
         fixture.Open({testdata::Device("П", 7, boards), testdata::Device("Р", 8, {other})});
-        // The second module keeps its version back until the button has been pressed.
+        // The second module does not answer with its version until the button has been pressed.
         bool silent = false;
         bool reading = false;
         slow.fault = [&](const Call& c) { return reading = silent && c.Asks("VER ?;"); };
@@ -162,7 +163,7 @@ private slots:
         fixture.driver.Press("button_DeviceType");
         fixture.driver.Step("all is idle", [&] {
             return fixture.Controls() == "idle" && fixture.Text("label_Update").isEmpty()
-                   && fixture.Text("button_DeviceType") != "Поиск прибора...";
+                   && fixture.Text("button_DeviceType") != Searching;
         });
         QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
         QTest::qWait(50);

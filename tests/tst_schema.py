@@ -54,10 +54,10 @@ class Verb(unittest.TestCase):
     def test_all_files_count(self):
         bad = ROOT / "tests/catalogues/bad-bad-port.json"
         done = subprocess.run([FWKIT, "check", "--json", bad, GOOD], capture_output=True)
-        told = json.loads(done.stdout)
+        printed = json.loads(done.stdout)
         self.assertEqual(done.returncode, 1)
-        self.assertEqual([(c["devices"], c["modules"]) for c in told["catalogues"]], [(2, 4), (2, 4)])
-        self.assertEqual([(f["file"], f["line"], f["column"], f["path"]) for f in told["findings"]],
+        self.assertEqual([(c["devices"], c["modules"]) for c in printed["catalogues"]], [(2, 4), (2, 4)])
+        self.assertEqual([(f["file"], f["line"], f["column"], f["path"]) for f in printed["findings"]],
                          [(str(bad), 10, 85, "Devices[1].Boards[0].Port")])
 
 

@@ -1,5 +1,6 @@
 #include "Instrument.h"
 #include "Table.h"
+#include "TestData.h"
 
 #include <QProcess>
 #include <QTcpServer>
@@ -12,7 +13,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// Frames written as hex and joined by "|": unit and PDU, to which a header is added, or, after "raw", all
-/// of the frame. The names stand for what an image of the nine bytes "123456789" needs.
+/// of the frame. The names stand for the frames that transfer an image of the nine bytes "123456789".
 QByteArray Frames(const QByteArray& hexes)
 {
     const QHash<QByteArray, QByteArray> names = {
@@ -35,7 +36,7 @@ QByteArray Frames(const QByteArray& hexes)
     return frames;
 }
 
-/// Unit 1 with the processors 0 and 2 and unit 3 with the processor 1, behind one socket.
+/// Unit 1 with the processors 0 and 2 and unit 3 with the processor 1, on one address and port.
 TDeviceRecord SharedSocket()
 {
     TDeviceRecord device;
@@ -61,34 +62,29 @@ class TestSimulator : public QObject
 private slots:
     void wire_data()
     {
-        QTest::addColumn<QByteArray>("sent");
-        QTest::addColumn<QByteArray>("answers");
-        QTest::addColumn<bool>("closes");
-        const auto row = [](const char* name, const char* sent, const char* answers, bool closes = false) {
-            QTest::newRow(name) << QByteArray(sent) << QByteArray(answers) << closes;
-        };
+        const Table<QByteArray, QByteArray, bool> row("sent", "answers", "closes");
         row("type", "raw 0102 0000 0011 01 47 0d00 44455649434554595045203f3b",
-            "raw 0102 0000 0014 01 47 1000 44455649434554595045204d61696e3b");
-        row("serial", "01 47 0900 53455249414c203f3b", "01 47 0e00 53455249414c203030303030313b");
-        row("versions with a gap", "ver", "01 47 1000 56455220312e3020302e3020312e303b");
-        row("one processor, one version", "03 47 0600 564552203f3b", "03 47 0800 56455220312e303b");
-        row("image started anew", "block|block|crc|finish", "blockOk|blockOk|crcOk|finishOk", true);
+            "raw 0102 0000 0014 01 47 1000 44455649434554595045204d61696e3b", false);
+        row("serial", "01 47 0900 53455249414c203f3b", "01 47 0e00 53455249414c203030303030313b", false);
+        row("versions with a gap", "ver", "01 47 1000 56455220312e3020302e3020312e303b", false);
+        row("one processor, one version", "03 47 0600 564552203f3b", "03 47 0800 56455220312e303b", false);
+        row("image started again", "block|block|crc|finish", "blockOk|blockOk|crcOk|finishOk", true);
         row("two blocks", "block|01 48 0b00 01a0 0900 0000 01000000 ff|01 48 0600 02a0 4a96 0000",
-            "blockOk|blockOk|crcOk");
-        row("gap between blocks", "block|01 48 0b00 01a0 0a00 0000 01000000 ff", "blockOk|no");
-        row("offset's high half", "block|01 48 0b00 01a0 0900 0100 01000000 ff", "blockOk|no");
-        row("block shorter than its size", "01 48 0b00 01a0 0000 0000 02000000 ff", "no");
-        row("binary length wrong", "block|01 48 0700 02a0 374b 0000|crc", "blockOk|no|crcOk");
-        row("wrong CRC drops the image", "block|01 48 0600 02a0 384b 0000|crc", "blockOk|no|no");
-        row("wrong size drops the image", "block|crc|01 48 0600 05a0 0900 0100|finish", "blockOk|crcOk|no|no");
-        row("no CRC before the finish", "block|finish", "blockOk|no");
+            "blockOk|blockOk|crcOk", false);
+        row("gap between blocks", "block|01 48 0b00 01a0 0a00 0000 01000000 ff", "blockOk|no", false);
+        row("offset's high half", "block|01 48 0b00 01a0 0900 0100 01000000 ff", "blockOk|no", false);
+        row("block shorter than its size", "01 48 0b00 01a0 0000 0000 02000000 ff", "no", false);
+        row("binary length wrong", "block|01 48 0700 02a0 374b 0000|crc", "blockOk|no|crcOk", false);
+        row("wrong CRC drops the image", "block|01 48 0600 02a0 384b 0000|crc", "blockOk|no|no", false);
+        row("wrong size drops the image", "block|crc|01 48 0600 05a0 0900 0100|finish", "blockOk|crcOk|no|no", false);
+        row("no CRC before the finish", "block|finish", "blockOk|no", false);
         row("block after the CRC", "block|crc|01 48 0b00 01a0 0900 0000 01000000 ff|01 48 0600 05a0 0a00 0000",
-            "blockOk|crcOk|blockOk|no");
-        row("no such processor", "block|crc|01 48 0600 04a0 0900 0000", "blockOk|crcOk|no");
-        row("unknown text", "01 47 0700 5245424f4f543b", "01 c7 03");
-        row("text length wrong", "01 47 0700 564552203f3b|01 47", "01 c7 03|01 c7 03");
-        row("unknown function", "01 03 0000 0001", "01 83 01");
-        row("unknown unit", "09 47 0600 564552203f3b", "09 c7 0b");
+            "blockOk|crcOk|blockOk|no", false);
+        row("no such processor", "block|crc|01 48 0600 04a0 0900 0000", "blockOk|crcOk|no", false);
+        row("unknown text", "01 47 0700 5245424f4f543b", "01 c7 03", false);
+        row("text length wrong", "01 47 0700 564552203f3b|01 47", "01 c7 03|01 c7 03", false);
+        row("unknown function", "01 03 0000 0001", "01 83 01", false);
+        row("unknown unit", "09 47 0600 564552203f3b", "09 c7 0b", false);
         row("protocol not 0", "block|raw 0007 0001 000a 01 47 0600 564552203f3b", "blockOk", true);
         row("length without a function", "raw 0007 0000 0001 01", "", true);
         row("length over a frame", "raw 0007 0000 00ff 01 47", "", true);
@@ -99,7 +95,7 @@ private slots:
         QFETCH(QByteArray, sent);
         QFETCH(QByteArray, answers);
         QFETCH(bool, closes);
-        // All requests in one segment, then every byte in one of its own.
+        // All requests in one segment, then every byte in a separate segment.
         for (const int segment : {1000, 1}) {
             Instrument instrument(SharedSocket(), {});
             QString error;
@@ -161,7 +157,7 @@ private slots:
         QTRY_COMPARE(socket.state(), closes ? QTcpSocket::UnconnectedState : QTcpSocket::ConnectedState);
         if (closes)
             return;
-        // The same question once more is what a client repeats; another one is the third request.
+        // The same request again counts as a repetition, a different one as the third request.
         socket.write(question);
         socket.write(Frames("01 47 0600 564552203f3b"));
         received.clear();
@@ -184,7 +180,7 @@ private slots:
              "unit 1: request 4: CRC 0x964a of 10 image bytes right",
              "unit 1: request 5: block of 9 bytes at offset 0, image started anew, 10 bytes dropped"});
         row("blocks at the end", "block|" + next, "", {"unit 1: requests 1..2: 2 blocks taken, 10 image bytes"});
-        row("block that a fault struck", "block|" + next + "|01 48 0b00 01a0 0a00 0000 01000000 ff", "trickle@2",
+        row("block with a fault", "block|" + next + "|01 48 0b00 01a0 0a00 0000 01000000 ff", "trickle@2",
             {"unit 1: request 1: 1 block taken, 9 image bytes", "unit 1: request 3: 1 block taken, 1 image bytes",
              "unit 1: request 2: fault trickle, sent 00 | 07 | 00 | 00 | 00 | 06 | 01 | 48 | 02 | 00 | 01 | a0: "
              "block of 1 bytes at offset 9"});
@@ -200,7 +196,7 @@ private slots:
         row("late", "crc", "late@1",
             {"unit 1: request 1: fault late, answer in 0.02 s: CRC wrong: 0xffff expected for 0 bytes, 0x4b37 came",
              "unit 1: request 1: fault late, sent 00 07 00 00 00 03 01 c8 03"});
-        row("never struck", "09 47 0600 564552203f3b", "silent@1,old-version@1,close@always",
+        row("faults that did not occur", "09 47 0600 564552203f3b", "silent@1,old-version@1,close@always",
             {"unit 9: request 1: no such unit here, refused with exception 0x0b", "fault silent@1 never struck",
              "fault old-version@1 never struck", "fault close@always never struck"});
     }
@@ -213,22 +209,21 @@ private slots:
         const auto plan = faults.isEmpty() ? QList<Fault>() : Fault::Parse(faults, &error);
         QVERIFY2(plan, qPrintable(error));
         Instrument instrument(SharedSocket(), {.faults = *plan, .late = 20ms});
-        QStringList told;
+        QStringList logged;
         connect(&instrument, &Instrument::Event, this, [&](const QString& line) {
             if (const qsizetype at = line.indexOf("unit "); at >= 0 || line.startsWith("fault "))
-                told.append(line.mid(std::max<qsizetype>(at, 0)));
+                logged.append(line.mid(std::max<qsizetype>(at, 0)));
         });
         QVERIFY2(instrument.Start(&error), qPrintable(error));
         QTcpSocket socket;
         Connect(socket, instrument);
         socket.write(Frames(sent));
-        const auto requests = int(sent.count('|') + 1);
-        QTRY_COMPARE(instrument.RequestCount() + instrument.RepetitionCount(), requests);
-        // What is sent late is told late; these lines come with the end only.
+        QTRY_COMPARE(instrument.RequestCount() + instrument.RepetitionCount(), int(sent.count('|') + 1));
+        // Late answers are logged late, and these lines only at the end.
         const auto atEnd = lines.filter("never struck").size() + lines.filter("blocks taken").size();
-        QTRY_VERIFY(told.size() >= lines.size() - atEnd);
+        QTRY_VERIFY(logged.size() >= lines.size() - atEnd);
         instrument.End();
-        QCOMPARE(told, lines);
+        QCOMPARE(logged, lines);
     }
 
     void imageAndRestart()
@@ -239,9 +234,8 @@ private slots:
         QVERIFY2(instrument.Start(&error), qPrintable(error));
         instrument.SetVersion(0, "3.1");
         const int port = instrument.Device().Boards[1].Port;
-        QFile saved(folder.filePath(QString("127.0.0.9_%1_1_2.img").arg(port)));
-        QVERIFY(saved.open(QIODevice::WriteOnly));
-        saved.close();
+        const QString saved = folder.filePath(QString("127.0.0.9_%1_1_2.img").arg(port));
+        testdata::WriteFile(saved, "");
         QStringList saves;
         connect(&instrument, &Instrument::Event, this, [&saves](const QString& line) {
             if (line.contains("image saved"))
@@ -256,13 +250,12 @@ private slots:
         const QByteArray image = "UPDIMG1 2.5" + QByteArray(13, '\0');
         QCOMPARE(instrument.Image(1), image);
         QCOMPARE(instrument.Version(1), "1.0");
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(saved.readAll(), image);
-        // The restarting unit says nothing while the other one behind its socket goes on.
+        QCOMPARE(testdata::ReadFile(saved), image);
+        // The restarting unit does not answer while the other unit of its socket still does.
         second.write(Frames("ver|03 47 0600 564552203f3b"));
         QByteArray received;
         QTRY_COMPARE((received += second.readAll()), Frames("03 47 0800 56455220312e303b"));
-        // The second image's version "a;b" would break the answer. With both restarting nothing listens.
+        // The second image's version "a;b" would break the answer. While both restart, nothing listens.
         second.write(Frames("03 48 2200 01a0 0000 0000 18000000 555044494d473120613b6200000000000000000000000000|"
                             "03 48 0600 02a0 b008 0000|03 48 0600 04a0 1800 0000"));
         QTRY_COMPARE(second.state(), QTcpSocket::UnconnectedState);
@@ -280,12 +273,7 @@ private slots:
 
     void program_data()
     {
-        QTest::addColumn<QByteArray>("board");
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<QByteArray>("word");
-        const auto row = [](const char* name, const char* board, const QString& options, const char* word) {
-            QTest::newRow(name) << QByteArray(board) << options << QByteArray(word);
-        };
+        const Table<QByteArray, QString, QByteArray> row("board", "options", "word");
         const char* const good = "'Ip': '127.0.0.2', 'Port': TAKEN";
         const QByteArray fine =
             QByteArray(good) + ", 'Name': 'B', 'Type': 'T', 'Main': true, 'IdCPU': 28, 'MBAddr': 255";
@@ -301,8 +289,7 @@ private slots:
         row("no such device", good, file + "|--device|1", "choose one of 7");
         row("device empty", good, file + "|--device|", "--device is empty");
         row("programs only", "'Path': '/opt'", file, "no firmware modules");
-        row("no IPv4 address", "'Ip': '::1', 'Port': 1", file,
-            "updater.json:2:7: Devices[0].Boards[0].Ip: \"::1\" is no");
+        row("IPv6 address", "'Ip': '::1', 'Port': 1", file, "updater.json:2:7: Devices[0].Boards[0].Ip: \"::1\" is no");
         row("no Path", "'File': 'x'", file, "Boards[0].Path: Without a \"Path\"");
         row("text for port", "'Ip': '127.0.0.2', 'Port': '1'", file, "Boards[0].Port: \"1\" is no whole number");
         row("port 0", "'Ip': '127.0.0.2', 'Port': 0", file, "Boards[0].Port: No connection to port 0");
@@ -332,14 +319,12 @@ private slots:
         board = "{'Devices': [{'Name': 'X', 'IdDev': 7, 'Boards': [{\n" + board + "}]}]}";
         board.replace('\'', '"').replace("TAKEN", QByteArray::number(taken.serverPort()));
         const QTemporaryDir folder;
-        QFile file(folder.filePath("updater.json"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(board.contains("EMPTY") ? "" : board);
-        file.close();
+        const QString file = folder.filePath("updater.json");
+        testdata::WriteFile(file, board.contains("EMPTY") ? "" : board);
         QProcess process;
         if (word == "standard output")
             process.setStandardOutputFile("/dev/full");
-        process.start(SIMULATOR_PROGRAM, options.replace("FILE", file.fileName()).split('|'));
+        process.start(SIMULATOR_PROGRAM, options.replace("FILE", file).split('|'));
         if (word.isEmpty()) {
             QByteArray start;
             QTRY_VERIFY((start += process.readAllStandardOutput()).contains(" ready: "));

@@ -1,4 +1,4 @@
-// What touches the panel's own disk: a copy must end, lose nothing, and never delete its own source.
+// File operations on the panel's disk: a copy must end, lose nothing, and never delete its source.
 
 #include "Table.h"
 #include "TestData.h"
@@ -52,7 +52,7 @@ private slots:
         const QString name = "<b>missing</b>";
         const QString path = folder.filePath(name) + ".ver";
         driver.Step(
-            "the box",
+            "the message box",
             [=] {
                 const QMessageBox* box = UiDriver::OpenBox();
                 return box && box->windowTitle() == "test" && box->textFormat() == Qt::PlainText
@@ -92,7 +92,7 @@ private slots:
         QVERIFY(Util::CopyPath(root.filePath("firmware"), root.filePath("dst")));
         QVERIFY(QDir(root.filePath("dst")).isEmpty());
         QVERIFY(!Util::CopyPath(root.filePath("missing"), root.filePath("dst")));
-        // A folder stands where the file belongs.
+        // A folder has the name that the file needs.
         testdata::WriteFile(root.filePath("src/f"), "1");
         QVERIFY(QDir(root.path()).mkpath("dst/f"));
         QVERIFY(!Util::CopyPath(root.filePath("src"), root.filePath("dst")));
@@ -103,7 +103,7 @@ private slots:
     {
         QTest::addColumn<int>("size");
         QTest::addColumn<bool>("readable");
-        QTest::newRow("a folder stands in the way") << 1 << true;
+        QTest::newRow("a folder has the name of a file") << 1 << true;
         QTest::newRow("a file cannot be read") << 1 << false;
         QTest::newRow("large files") << (20 << 20) << true;
     }
@@ -158,7 +158,7 @@ private slots:
         testdata::WriteFile(root.filePath("src/program"), "new");
         QFile::setPermissions(root.filePath("src/program"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QVERIFY(QDir(root.path()).mkdir("dst") && QFile::copy("/bin/sleep", root.filePath("dst/program")));
-        // The old program goes on running: its bytes are not overwritten.
+        // The running program must not be overwritten in place: the new file replaces it.
         QProcess running;
         running.start(root.filePath("dst/program"), {"20"});
         QVERIFY(running.waitForStarted());
@@ -177,13 +177,13 @@ private slots:
         testdata::WriteFile(root.filePath("src/a/f"), "1");
         QVERIFY(QFile::link(root.filePath("src"), root.filePath("src/a/up")));
         QVERIFY(QFile::link(root.path(), root.filePath("src/a/further-up")));
-        // The target lies inside of the source, as a backup does.
+        // The target is inside of the source, like the backup folder.
         QVERIFY(QDir(root.path()).mkpath("src/backup"));
-        // Of a folder that is left out the target folder is made all the same.
+        // The target folder of an excluded folder is created, but stays empty.
         QStringList copied{"a/", "a/f=1", "a/further-up/", "a/up/", "backup/"};
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("src/backup")));
         QCOMPARE(Tree(root.filePath("src/backup")), copied);
-        // A link from the source into an earlier copy would grow with what is copied through it.
+        // Through a link from the source into an earlier copy, each copy would contain the one before.
         QVERIFY(QFile::link(root.filePath("src/backup/a"), root.filePath("src/a/into")));
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("src/backup")));
         copied.insert(3, "a/into/");
@@ -201,7 +201,7 @@ private slots:
         QVERIFY(QFile::link(root.filePath("outside"), root.filePath("src/lib-1/more")));
         for (const char* name : {"src/lib", "src/lib-too"})
             QVERIFY(QFile::link("lib-1", root.filePath(name)));
-        // Each links to all others: every way through them is copied.
+        // Each folder links to all others: every path through the links is copied.
         const int count = 3;
         for (int i = 0; i < count * count; ++i) {
             const QString from = root.filePath(QString("src/n%1").arg(i / count));

@@ -1,5 +1,5 @@
 """What Wireshark shows of the demo's capture with the dissector beside docs/protocol.md: every field of every command,
-answer and block, read by a program that shares nothing with ours."""
+answer and block, decoded by code that shares nothing with the program."""
 
 import os
 import pathlib
@@ -12,7 +12,7 @@ PORTS = "33471,36571,40613"
 
 
 def shown(condition, *fields, capture=FOLDER / "demo.pcap", lua=True):
-    """The fields of the frames that `condition` picks; a field that is there several times has "|" between."""
+    """The fields of the frames that `condition` picks; a field that is there several times is joined by "|"."""
     script = ["-X", f"lua_script:{FOLDER}/updater-modbus.lua"] if lua else []
     options = [option for field in fields for option in ("-e", field)]
     with tempfile.TemporaryDirectory() as folder:
@@ -100,7 +100,7 @@ class Dissector(unittest.TestCase):
         fields = ["updater.command", "updater.answer", "updater.word", "updater.parameter1", "updater.exception"]
         with tempfile.TemporaryDirectory() as folder:
             late = shown("updater", *fields, capture=without_handshakes(FOLDER / "demo.pcap", folder))
-        # Only by the connection's begin is a text that asks nothing known as a command.
+        # Only with the start of the connection can a text without "?" be recognised as a command.
         whole = [tuple(field.replace("REBOOT;", "") for field in line) for line in shown("updater", *fields)]
         self.assertEqual([tuple(field.replace("REBOOT;", "") for field in line) for line in late], whole)
 

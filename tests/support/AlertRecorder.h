@@ -5,7 +5,7 @@
 #include <QAbstractButton>
 #include <QMessageBox>
 
-/// Answers every box with its first button and keeps what was read.
+/// Presses the first button of every message box and keeps its text.
 class AlertRecorder : public QObject
 {
 public:

@@ -7,14 +7,14 @@
 
 #include <functional>
 
-/// A board that does just what a test says: it records every request and leaves the answer to the handler.
+/// A board without behaviour: it records every request and leaves the answer to the handler.
 class FakeBoard : public QTcpServer
 {
 public:
     /// `request` is a whole Modbus TCP frame.
     using Handler = std::function<void(QTcpSocket& socket, const QByteArray& request)>;
 
-    /// Listens on a port of 127.0.0.1 that the system gave out.
+    /// Listens on a free port of 127.0.0.1.
     explicit FakeBoard(Handler handler);
 
     QList<QByteArray> Requests;

@@ -6,7 +6,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-/// The real fwkit, and the folder of a maker.
+/// Runs the real fwkit in a temporary folder with inputs for it.
 
 struct Outcome
 {
@@ -15,7 +15,7 @@ struct Outcome
     QString err;
 };
 
-/// What it and its tests see: temporary files go to `folder`.
+/// The environment of fwkit: temporary files go to `folder`.
 inline QProcessEnvironment MakersEnvironment(const QTemporaryDir& folder, const QByteArray& locale)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -25,7 +25,7 @@ inline QProcessEnvironment MakersEnvironment(const QTemporaryDir& folder, const 
     return environment;
 }
 
-/// Starts it, for a test that works while it runs.
+/// Starts fwkit and does not wait for its end.
 inline void Start(QProcess& process, const QTemporaryDir& folder, QStringList arguments)
 {
     process.setProcessEnvironment(MakersEnvironment(folder, "C.UTF-8"));
@@ -39,7 +39,7 @@ inline Outcome Run(const QTemporaryDir& folder, QStringList arguments, int limit
 {
     QProcess process;
     QProcessEnvironment environment = MakersEnvironment(folder, locale);
-    // A coverage build's counters: cut off by a limit they would spoil those of every later run.
+    // The file size limit would truncate the counter files of a coverage build and invalidate every later run's.
     const QTemporaryDir counters;
     environment.insert("GCOV_PREFIX", counters.path());
     environment.insert("GCOV_ERROR_FILE", "/dev/null");
@@ -65,7 +65,7 @@ inline QStringList Listing(const QTemporaryDir& folder)
     return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
-/// Two boards and programs that are in order, in each other's way, and never copied or taken.
+/// Two boards, and program modules that are correct, conflicting, never copied, or never offered.
 inline void WriteCatalogue(const QTemporaryDir& folder)
 {
     testdata::WriteCatalogue(

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-/// A board that can be told to misbehave.
+/// A board that answers correctly, except where `fault` handles a request.
 struct ScriptedBoard
 {
     struct Call
@@ -29,7 +29,7 @@ struct ScriptedBoard
     QByteArray nextVersion = "2.0"; ///< after a finished transfer
     int blocks = 0;
     bool finished = false;
-    /// True when it has dealt with the request itself.
+    /// Called with each request; returns true when it has handled it, so that the board sends no answer.
     std::function<bool(const Call&)> fault;
     FakeBoard board{[this](QTcpSocket& socket, const QByteArray& request) { Play(socket, request); }};
 
@@ -55,7 +55,7 @@ struct ScriptedBoard
     }
 };
 using Call = ScriptedBoard::Call;
-using Misdeed = decltype(ScriptedBoard::fault);
+using Misbehaviour = decltype(ScriptedBoard::fault);
 
 /// Images for unit 1, processor 0 and unit 2, processor 1 of device 7, with their certificates.
 inline testdata::Files BothImages()

@@ -5,8 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 
-/// Everything below `folder` but what `leftOut` begins with: "path=content" (":size" when it is long; "*" behind the
-/// path of a file that may be run), folders as "path/", links as "path@".
+/// Everything below `folder` except paths that begin with `leftOut`: "path=content" (":size" for long content; "*"
+/// after the path of an executable file), folders as "path/", links as "path@".
 inline QStringList Tree(const QString& folder, const QString& leftOut = "\n", const QString& below = {})
 {
     QStringList tree;

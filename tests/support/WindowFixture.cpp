@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 WindowFixture::WindowFixture()
 {
-    // Several windows live and die in one test program; the last one closed must not end it.
+    // One test program opens several windows one after another; closing one must not end the program.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QCoreApplication::setQuitLockEnabled(false);
     g_appConfig = {};
@@ -118,8 +118,8 @@ QString WindowFixture::Controls() const
     if (IsEnabled("buttonUpdate") != marked)
         return "buttonUpdate does not tell whether a row is marked";
     if (Text("buttonUpdate") != "Запустить\nобновление")
-        return "buttonUpdate says " + Text("buttonUpdate");
-    return g_busy || g_stopRequested ? "a flag is left behind" : "idle";
+        return "buttonUpdate shows " + Text("buttonUpdate");
+    return g_busy || g_stopRequested ? "a flag is still set" : "idle";
 }
 
 QString WindowFixture::Text(const QString& name) const

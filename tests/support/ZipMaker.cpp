@@ -22,7 +22,7 @@ QByteArray Record(const char* signature, Fields... fields)
 
 QByteArray Deflated(const QByteArray& content)
 {
-    // Without Qt's size in front, and without zlib's own header and checksum.
+    // Without the size that Qt writes first, and without zlib's header and checksum.
     return content.isEmpty() ? QByteArray("\3\0", 2) : qCompress(content, 9).mid(6).chopped(4);
 }
 

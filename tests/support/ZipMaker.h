@@ -5,7 +5,7 @@
 
 #include <optional>
 
-/// One entry of an archive, also of one that no archiver would make. What is not given comes from the content.
+/// One entry of an archive, valid or not. Values that are not given are derived from the content.
 struct MadeEntry
 {
     QByteArray name = {}; ///< in any encoding
@@ -13,13 +13,13 @@ struct MadeEntry
     quint32 mode = 0100644; ///< Unix file type and permissions
     quint16 flags = 0;
     quint16 method = 8;
-    std::optional<quint32> size = {};   ///< unpacked, as the directory claims
+    std::optional<quint32> size = {};   ///< unpacked size in the directory
     QByteArray local = {};              ///< name in the local header, whose sizes are then wrong too
-    QByteArray packed = {};             ///< content as it was packed before
+    QByteArray packed = {};             ///< content that is packed already
     std::optional<quint32> offset = {}; ///< of another entry's data, which this one shares
 };
 
 /// The bytes of a zip archive (APPNOTE.TXT, 4.3.6).
 QByteArray MakeZip(const QList<MadeEntry>& entries);
-/// As the method "deflated" packs it.
+/// Packed with the method "deflated".
 QByteArray Deflated(const QByteArray& content);
