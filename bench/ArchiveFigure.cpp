@@ -54,8 +54,8 @@ double Analyse(const QString& path, int rows)
         DigestCache digests;
         for (int row = 0; row < rows; ++row) {
             for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, device, row, digests)) {
-                if (step.box)
-                    throw Unmeasurable{step.box->text};
+                if (step.alert)
+                    throw Unmeasurable{step.alert->text};
                 ++taken;
             }
         }

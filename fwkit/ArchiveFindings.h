@@ -17,7 +17,7 @@ struct DeviceAssignment
 {
     const TDeviceRecord* device;   ///< not owned; must outlive this
     QList<QList<TakenFile>> taken; ///< one list per row, in the archive's order; the last file is the one in use
-    QList<BoxReport> boxes;
+    QList<AlertReport> alerts;
 };
 
 /// By entry path; only of the files that the panel checks.

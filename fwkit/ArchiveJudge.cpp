@@ -46,14 +46,14 @@ bool Extract(const FirmwareArchive& archive, const QString& folder, Progress& pr
     });
 }
 
-void Count(QList<BoxReport>& boxes, QHash<QString, qsizetype>& known, const Box& box)
+void Count(QList<AlertReport>& alerts, QHash<QString, qsizetype>& known, const Alert& alert)
 {
-    const auto at = known.constFind(box.text);
+    const auto at = known.constFind(alert.text);
     if (at == known.cend()) {
-        known.insert(box.text, boxes.size());
-        boxes.append({box, 1});
+        known.insert(alert.text, alerts.size());
+        alerts.append({alert, 1});
     } else {
-        ++boxes[*at].times;
+        ++alerts[*at].times;
     }
 }
 
@@ -79,14 +79,14 @@ public:
     {
         DeviceAssignment assignment{&device, QList<QList<TakenFile>>(device.BoardCount), {}};
         QHash<QString, qsizetype> known;
-        const auto show = [&](Box box) {
-            box.text.replace(m_folder, DisplayedExtractionFolder);
-            Count(assignment.boxes, known, box);
+        const auto show = [&](Alert alert) {
+            alert.text.replace(m_folder, DisplayedExtractionFolder);
+            Count(assignment.alerts, known, alert);
         };
         for (int row = 0; row < device.BoardCount; ++row) {
             for (const ArchiveStep& step : AssignEntries(m_entries, m_folder, device, row, Digests)) {
-                if (step.box)
-                    show(*step.box);
+                if (step.alert)
+                    show(*step.alert);
                 else
                     assignment.taken[row].append({step.entry, Version(device.Boards.at(row), step.entry, show),
                                                   QFileInfo(m_folder + '/' + step.entry).size() == 0});
@@ -98,13 +98,13 @@ public:
     DigestCache Digests;
 
 private:
-    QString Version(const TBoardRecord& board, const QString& entry, const std::function<void(Box)>& show) const
+    QString Version(const TBoardRecord& board, const QString& entry, const std::function<void(Alert)>& show) const
     {
         if (!board.IsProgram())
             return VersionInName(entry);
         const VersionFile file = ReadVersionFile(m_folder, entry);
         if (!file.fault.isEmpty())
-            show(file.Complaint());
+            show(file.ErrorAlert());
         return file.version;
     }
 
@@ -115,7 +115,7 @@ private:
 DeviceReport Report(const DeviceAssignment& assignment, const QList<ArchiveEntry>& entries,
                     const EntryCertificates& certificates)
 {
-    DeviceReport report{assignment.device->Name, assignment.device->IdDev, {}, assignment.boxes};
+    DeviceReport report{assignment.device->Name, assignment.device->IdDev, {}, assignment.alerts};
     for (int row = 0; row < assignment.device->BoardCount; ++row) {
         const TBoardRecord& board = assignment.device->Boards.at(row);
         ModuleReport module{board.Name, {}, {}, {}};

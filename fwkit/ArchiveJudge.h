@@ -21,9 +21,9 @@ struct ModuleReport
 };
 
 /// An alert of the panel and how often it appears.
-struct BoxReport
+struct AlertReport
 {
-    Box box;
+    Alert alert;
     int times = 0;
 };
 
@@ -33,7 +33,7 @@ struct DeviceReport
     QString name;
     int idDev = 0;
     QList<ModuleReport> modules;
-    QList<BoxReport> boxes; ///< by first appearance; each text once
+    QList<AlertReport> alerts; ///< by first appearance; each text once
 };
 
 struct Judgement

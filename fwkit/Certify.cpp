@@ -1,9 +1,9 @@
 #include "Certify.h"
 
+#include "AtomicWrite.h"
 #include "FirmwareFiles.h"
 #include "Interruption.h"
 #include "UsageError.h"
-#include "WholeFile.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -14,7 +14,7 @@ void Write(const QString& certificate, const QByteArray& digest)
 {
     const Interruption untilWritten;
     QSaveFile file(certificate);
-    if (file.open(QIODevice::WriteOnly) && CommitWhole(file, digest))
+    if (file.open(QIODevice::WriteOnly) && WriteAndCommit(file, digest))
         return;
     throw UsageError(QFileInfo(QFileInfo(certificate).path()).isWritable()
                          ? Kit::tr("%1: cannot be written (%2); make room there").arg(certificate, file.errorString())

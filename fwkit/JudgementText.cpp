@@ -37,11 +37,12 @@ QString TableOf(const DeviceReport& device)
 
 QString BoxesOf(const DeviceReport& device)
 {
-    if (device.boxes.isEmpty())
+    if (device.alerts.isEmpty())
         return Kit::tr("The operator sees no box.\n");
     QString text = Kit::tr("Boxes that the operator sees:\n");
-    for (const BoxReport& box : device.boxes)
-        text += QString("  %1 x  [%2] %3\n").arg(QString::number(box.times), box.box.title, Printable(box.box.text));
+    for (const AlertReport& alert : device.alerts)
+        text += QString("  %1 x  [%2] %3\n")
+                    .arg(QString::number(alert.times), alert.alert.title, Printable(alert.alert.text));
     return text;
 }
 
@@ -69,14 +70,14 @@ QJsonObject JsonOf(const DeviceReport& device)
                                    {"file", module.entry},
                                    {"version", module.version},
                                    {"certificate", Verdict(module)}});
-    QJsonArray boxes;
-    for (const BoxReport& box : device.boxes)
-        boxes.append(QJsonObject{{"title", box.box.title}, {"text", box.box.text}, {"times", box.times}});
+    QJsonArray alerts;
+    for (const AlertReport& alert : device.alerts)
+        alerts.append(QJsonObject{{"title", alert.alert.title}, {"text", alert.alert.text}, {"times", alert.times}});
     return {{"name", device.name},
             {"id", device.idDev},
             {"modules", modules},
             {"served", Served(device)},
-            {"boxes", boxes}};
+            {"boxes", alerts}};
 }
 
 } // namespace

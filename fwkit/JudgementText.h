@@ -10,6 +10,6 @@ const char* VerdictOf(Certificate certificate);
 QString ServedLines(const Judgement& judgement, const QString& archive);
 /// A line for each finding.
 QString LinesOf(const QList<Finding>& findings);
-/// For a terminal: a table for each device, then boxes, findings and notes.
+/// For a terminal: a table for each device, then alerts, findings and notes.
 QString TextOf(const Judgement& judgement, const QString& archive);
 QJsonObject JsonOf(const Judgement& judgement, const QString& archive);

@@ -1,6 +1,6 @@
 #include "Endpoint.h"
 
-#include "WholeFile.h"
+#include "AtomicWrite.h"
 
 #include <QDir>
 #include <QSaveFile>
@@ -269,7 +269,7 @@ void Endpoint::Save(int address, const Processor& processor)
     const QString place = m_ip.toString() + QString("_%1_%2_%3").arg(m_port).arg(address).arg(processor.id);
     QSaveFile file(QDir(m_options.imageFolder).filePath(place + ".img"));
     const QString former = QFile::exists(file.fileName()) ? ", in place of the one before" : "";
-    if (file.open(QIODevice::WriteOnly) && CommitWhole(file, processor.image))
+    if (file.open(QIODevice::WriteOnly) && WriteAndCommit(file, processor.image))
         Log(address, "image saved as " + file.fileName() + former);
     else
         Log(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); is the disk full?");

@@ -55,7 +55,7 @@ const QList<Fault::Entry>& Fault::Table()
         {"close", "carried out, the connection is closed instead of an answer"},
         {"reset", "the request is lost, the connection is reset"},
         {"late", "the answer comes late, inside the client's limit"},
-        {"too-late", "the answer comes behind the client's limit"},
+        {"too-late", "the answer comes after the client's limit"},
         {"exception", "not carried out, answered with exception 0x04 (server device failure)"},
         {"transaction", "the answer carries the number of another transaction"},
         {"unit", "the answer carries another unit address"},

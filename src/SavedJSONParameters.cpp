@@ -1,6 +1,6 @@
 #include "SavedJSONParameters.h"
 
-#include "WholeFile.h"
+#include "AtomicWrite.h"
 
 #include <QDebug>
 #include <QFile>
@@ -77,7 +77,7 @@ bool TSavedJSONParameters::SaveJsonToFile(const QString& path, QJsonObject& obj)
     try {
         if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
             return false;
-        if (CommitWhole(file, QJsonDocument(obj).toJson(QJsonDocument::Indented)))
+        if (WriteAndCommit(file, QJsonDocument(obj).toJson(QJsonDocument::Indented)))
             return true;
         qWarning().noquote() << "Error saveFile.commit() " + file.fileName();
         return false;

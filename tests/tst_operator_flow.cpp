@@ -100,7 +100,7 @@ private slots:
         QVERIFY(!g_stopRequested && !g_updateAborted);
     }
 
-    void Boxes_data()
+    void Alerts_data()
     {
         const Table<bool, QString, int> row("question", "press", "result"); // press "": Escape
         row("alert, button", false, "OK", QMessageBox::Ok);

@@ -6,14 +6,14 @@ CertificateCheck CheckFile(const QString& path, DigestCache& digests)
     const auto known = digests.constFind(path);
     const FileDigest digest = known != digests.cend() ? *known : *digests.insert(path, ReadDigest(path));
     if (!digest.opened)
-        check.boxes.append({"Внимание!", "Не могу открыть прошивку " + FileNameOf(path)});
+        check.alerts.append({"Внимание!", "Не могу открыть прошивку " + FileNameOf(path)});
     const QString certificate = FileNameOf(path) + ".sha256";
     switch (JudgeCertificate(path, digest.sha256)) {
     case Certificate::Missing:
-        check.boxes.append({"Внимание!", "Не найден сертификат " + certificate});
+        check.alerts.append({"Внимание!", "Не найден сертификат " + certificate});
         break;
     case Certificate::Different:
-        check.boxes.append({"Внимание!", "Не соответствует сертификат " + certificate});
+        check.alerts.append({"Внимание!", "Не соответствует сертификат " + certificate});
         break;
     case Certificate::Matches:
         check.isValid = true;
@@ -32,8 +32,8 @@ QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QStri
         if (!IsJudged(entry))
             continue;
         const CertificateCheck check = CheckFile(folder + '/' + entry.path, digests);
-        for (const Box& box : check.boxes)
-            steps.append({box});
+        for (const Alert& alert : check.alerts)
+            steps.append({alert});
         if (check.isValid && EntryFits(entry.path, prefix, board))
             steps.append({std::nullopt, entry.path});
     }

@@ -11,7 +11,7 @@
 struct CertificateCheck
 {
     bool isValid = false;
-    QList<Box> boxes; ///< in this order; one that says the file cannot be opened does not decide
+    QList<Alert> alerts; ///< in this order; one that says the file cannot be opened does not decide
 };
 /// `path` is read unless it is in `digests`, and is there afterwards.
 CertificateCheck CheckFile(const QString& path, DigestCache& digests);
@@ -19,13 +19,13 @@ CertificateCheck CheckFile(const QString& path, DigestCache& digests);
 /// One thing that happens to a row.
 struct ArchiveStep
 {
-    std::optional<Box> box; ///< to be shown; without one the row takes `entry`
-    QString entry = {};     ///< path below the extraction folder
+    std::optional<Alert> alert; ///< to be shown; without one the row takes `entry`
+    QString entry = {};         ///< path below the extraction folder
 };
 
 /// What happens to row `row` of `device` (its board `row`) for an archive that was extracted into `folder`, in order:
-/// the row is offered every entry. Every file is judged for every row, so a wrong certificate has a box for each row; a
-/// later file takes the place of an earlier one. Row by row, because an archive may have 65,535 entries without
+/// the row is offered every entry. Every file is judged for every row, so a wrong certificate has an alert for each
+/// row; a later file takes the place of an earlier one. Row by row, because an archive may have 65,535 entries without
 /// certificates.
 QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
                                  int row, DigestCache& digests);

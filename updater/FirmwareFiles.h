@@ -42,8 +42,8 @@ using DigestCache = QHash<QString, FileDigest>;
 
 FileDigest ReadDigest(const QString& path);
 
-/// A message box with one button that names a problem to the operator.
-struct Box
+/// A message alert with one button that names a problem to the operator.
+struct Alert
 {
     QString title;
     QString text;
@@ -56,7 +56,7 @@ struct VersionFile
     QString version; ///< its text as it stands, a closing line break included; UnknownVersion when it was not opened
     QString fault;   ///< why it was not opened; empty when it was
 
-    Box Complaint() const { return {"test", path + ": " + fault}; }
+    Alert ErrorAlert() const { return {"test", path + ": " + fault}; }
 };
 /// Reads `folder`/`name`.ver.
 VersionFile ReadVersionFile(const QString& folder, const QString& name);

@@ -21,9 +21,9 @@
 
 namespace {
 
-void Show(const Box& box)
+void Show(const Alert& alert)
 {
-    ShowAlert(nullptr, box.title, box.text, "OK");
+    ShowAlert(nullptr, alert.title, alert.text, "OK");
 }
 
 } // namespace
@@ -66,8 +66,8 @@ void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archi
         for (const ArchiveStep& step : AssignEntries(archive.Entries(), folder, Device(), row, digests)) {
             if (!isTableOfDevice())
                 return;
-            if (step.box) {
-                Show(*step.box);
+            if (step.alert) {
+                Show(*step.alert);
                 continue;
             }
             const QString path = folder + "/" + step.entry;
@@ -133,8 +133,8 @@ QWidget* MainWindow::MakeRowButton(int row, ButtonKind kind, const QIcon& icon)
 bool MainWindow::CheckCertificate(const QString& path, DigestCache& digests)
 {
     const CertificateCheck check = CheckFile(path, digests);
-    for (const Box& box : check.boxes)
-        Show(box);
+    for (const Alert& alert : check.alerts)
+        Show(alert);
     return check.isValid;
 }
 

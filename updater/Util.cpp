@@ -52,8 +52,8 @@ QString Util::GetVersion(QObject*, QString dir, QString name, bool)
         return file.version;
     qDebug().noquote() << file.fault;
     // QMessageBox::critical, spelled out: a file name is shown as text, never as markup.
-    const Box told = file.Complaint();
-    QMessageBox box(QMessageBox::Critical, told.title, told.text, QMessageBox::Ok);
+    const Alert alert = file.ErrorAlert();
+    QMessageBox box(QMessageBox::Critical, alert.title, alert.text, QMessageBox::Ok);
     box.setTextFormat(Qt::PlainText);
     box.exec();
     return file.version;

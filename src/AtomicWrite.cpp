@@ -1,8 +1,8 @@
-#include "WholeFile.h"
+#include "AtomicWrite.h"
 
 #include <QSaveFile>
 
-bool CommitWhole(QSaveFile& file, const QByteArray& content)
+bool WriteAndCommit(QSaveFile& file, const QByteArray& content)
 {
     // Cancelled first, the commit fails.
     if (file.write(content) != content.size() || !file.flush())
