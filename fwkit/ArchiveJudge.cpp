@@ -33,7 +33,8 @@ void RequireRoom(const QList<ArchiveEntry>& entries, const QString& name, const 
     for (const ArchiveEntry& entry : entries)
         needed += entry.isCredible ? entry.size : 0;
     const qint64 available = QStorageInfo(folder).bytesAvailable();
-    if (needed > available)
+    // Negative where the file system is unknown, as in a chroot that is no mount point: then only unpacking can tell.
+    if (available >= 0 && needed > available)
         throw UsageError(Kit::tr("%1: unpacks to %2 bytes, and %3 has %4; name a folder with more room in TMPDIR")
                              .arg(name, QString::number(needed), folder, QString::number(available)));
 }
