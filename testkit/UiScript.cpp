@@ -175,6 +175,8 @@ const QHash<QPair<QString, int>, Step> Steps{
          driver.Do([] { UiDriver::Find("MainWindowClass")->close(); });
      }},
     {{"quit", 0}, [](UiDriver& driver, const Words&, const Picture&) { driver.Do([] { QCoreApplication::exit(); }); }},
+    {{"picture", 1},
+     [](UiDriver& driver, const Words& w, const Picture& picture) { driver.Do([=] { picture(w[0]); }); }},
 };
 
 const QHash<QPair<QString, int>, Wait> Waits{
@@ -205,7 +207,6 @@ const QHash<QPair<QString, int>, Wait> Waits{
 };
 
 const QHash<QPair<QString, int>, Act> Acts{
-    {{"picture", 1}, [](const Words& w, const Picture& picture) { return [=] { picture(w[0]); }; }},
     {{"show", 2},
      [](const Words& w, const Picture& picture) {
          return [=] {
@@ -260,7 +261,9 @@ private:
             for (const UiDriver::Action& action : acts)
                 action();
         };
-        if (m_wait)
+        if (m_wait && m_acts.isEmpty())
+            m_driver.Step(m_name, m_wait);
+        else if (m_wait)
             m_driver.Catch(m_name, m_wait, act);
         else if (!m_acts.isEmpty())
             m_driver.Do(act);

@@ -37,8 +37,11 @@ class UiDriver;
 ///   painted                           the first window was painted and given to the window system
 ///   pause | SECONDS                   this time has passed
 ///
-/// Output; after a wait it is written at the moment at which the wait ends:
-///   picture | NAME                    a screenshot as NAME.png
+/// Output:
+///   picture | NAME                    a screenshot as NAME.png, a moment after the step before: what that step saw
+///   begin
+///                                     is then shown
+/// Output at the very moment at which the wait before it ends:
 ///   show | WORDS | NAME               the words on standard output, and a screenshot as NAME.png after a number
 ///   say | WORDS                       the words on standard output; "%now" in them are seconds on the system's
 ///                                     monotonic clock, "%marked" the marked rows, "%new" all new versions
