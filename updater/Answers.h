@@ -13,5 +13,5 @@ QString DeviceTypeIn(const QString& answer);
 QString SerialIn(const QString& answer);
 /// Version of processor `idCpu` in a "VER ?;" answer: word idCpu + 1 of a line of more than two words, or
 /// nothing when it has not that many; word 1 of a shorter line, whatever the processor. A line of one word
-/// is no answer of any instrument: Qt's assertion stops the program.
+/// is never answered; Qt's assertion stops the program.
 std::optional<QString> VersionIn(const QString& answer, int idCpu);

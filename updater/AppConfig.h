@@ -43,10 +43,10 @@ public:
     std::array<TDeviceRecord, MaxDevices> Devices;
     int DeviceCount = 0;
 
-    /// Reads "Devices" of the file's object. Devices and boards beyond the tables' room are left out.
+    /// Reads "Devices" of the file's object. Devices beyond MaxDevices and boards beyond MaxBoards are left out.
     /// Records are overwritten, never cleared: the catalogue is loaded once, into a fresh object.
     void ReadFromJson(const QJsonObject& obj) override;
-    /// Writes nothing: the catalogue belongs to its maker.
+    /// Writes nothing: the program never writes the catalogue.
     void WriteToJson(QJsonObject& obj) override;
 };
 

@@ -5,10 +5,9 @@
 /// The program's state, shared by the MainWindow*.cpp files and TcpModbus. All of it is written and read on the GUI
 /// thread only; plain values are enough although events are processed inside long loops.
 
-/// Index in the catalogue's Devices of the device that answered, also of the one whose modules the table
-/// shows while none has.
+/// Index in the catalogue's Devices of the device that answered last; 0 until one has.
 extern int g_selectedDevice;
-/// Index, in that device's Boards, of the main board that answered.
+/// Index, in that device's Boards, of the main board that answered. Nothing reads it yet.
 extern int g_selectedMainBoard;
 /// A main board has answered with its expected type; never cleared.
 extern bool g_deviceFound;
@@ -18,5 +17,5 @@ extern QString g_deviceSerial;
 extern bool g_busy;
 /// A stop is requested: every wait of the link and every loop over modules gives up when it sees this.
 extern bool g_stopRequested;
-/// The window was closed in the middle of work.
+/// The window was closed during a search, a reading or a run.
 extern bool g_updateAborted;

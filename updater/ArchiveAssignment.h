@@ -11,7 +11,8 @@
 struct CertificateCheck
 {
     bool isValid = false;
-    QList<Alert> alerts; ///< in this order; one that says the file cannot be opened does not decide
+    QList<Alert> alerts; ///< in this order. That the file cannot be opened does not make it invalid: an empty
+                         ///< certificate matches a file that cannot be read
 };
 /// `path` is read unless it is in `digests`, and is there afterwards.
 CertificateCheck CheckFile(const QString& path, DigestCache& digests);
@@ -25,8 +26,8 @@ struct ArchiveStep
 
 /// What happens to row `row` of `device` (its board `row`) for an archive that was extracted into `folder`, in order:
 /// the row is offered every entry. Every file is judged for every row, so a wrong certificate has an alert for each
-/// row; a later file takes the place of an earlier one. Row by row, because an archive may have 65,535 entries without
-/// certificates.
+/// row; a later file takes the place of an earlier one. One row at a time, because an archive may have 65,535 entries
+/// without certificates, and all rows' alerts at once would fill a panel's memory.
 QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
                                  int row, DigestCache& digests);
 

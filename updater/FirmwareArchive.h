@@ -39,8 +39,8 @@ public:
     /// Extracts every entry into `folder`, which must exist. False when the archive was refused, also because it
     /// claims more than the disk has left (nothing is written then), or when an entry could not be written (what came
     /// before it stays, of the entry itself nothing does).
-    /// An entry whose data cannot be unpacked (damaged, encrypted, larger than LargestEntry) is written empty: its
-    /// certificate then names it to the operator.
+    /// An entry whose data cannot be unpacked (damaged, encrypted, larger than LargestEntry) is written empty: the
+    /// certificate alert then shows its name.
     /// `beforeEntry` is called with the count of the entries that are done; what it throws ends the work.
     bool ExtractAll(const QString& folder, const std::function<void(qsizetype)>& beforeEntry = {}) const;
 

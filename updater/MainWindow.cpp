@@ -55,7 +55,7 @@ MainWindow::MainWindow(QWidget* parent)
     SetUpTable();
     ui.progressBar->reset();
     ui.label_Update->setText(QString());
-    // Both belong to a run.
+    // Shown during a run; the label also while versions are read.
     ui.progressBar->hide();
     ui.label_Update->hide();
 
@@ -73,7 +73,7 @@ void MainWindow::StartFirstSearch()
         const QWidget* modal = QApplication::activeModalWidget();
         if (modal && modal != this)
             StartFirstSearch();
-        else if (m_started == 0) // the operator has not been quicker
+        else if (m_started == 0) // otherwise the operator has already started a search
             FindMainBoard();
     });
 }
@@ -194,8 +194,7 @@ std::unique_ptr<TcpModbus> MainWindow::CreateLink(int device, int board)
     return std::make_unique<TcpModbus>(this, record.Ip, record.Port, record.MBAddr);
 }
 
-/// Numbers the work that starts now, and ends the waits of the work in whose middle it starts: some boards serve one
-/// connection only.
+/// Numbers the work that starts now. Work in whose wait it starts loses its connection: some boards serve one only.
 int MainWindow::StartWork()
 {
     for (TcpModbus* link : findChildren<TcpModbus*>(QString(), Qt::FindDirectChildrenOnly))

@@ -17,7 +17,7 @@ class TcpModbus;
 
 /// The controller of the whole program. Row i of the module table is board i of the device g_selectedDevice. Long work
 /// runs as straight loops on the GUI thread that process events in their waits, so any slot may run in the middle of
-/// any loop: after a wait nothing is taken for granted.
+/// any loop: after a wait rows, device and flags are read again.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -80,11 +80,12 @@ private:
     bool FillTable(bool announce);
     void BuildRows();
     void BuildRow(int row);
-    bool ReadRow(int row, bool announce, int table);
-    /// False when the board could not be asked, or when the answer came too late to be the row's.
+    bool ReadRow(int row, bool announce, int reading);
+    /// False when a firmware module's board could not be asked or did not answer, or when newer work has started
+    /// meanwhile: then nothing of the answer is shown.
     bool ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
-    /// Sets the row's buttons by its two versions; no button is enabled while busy.
+    /// Sets the row's two buttons by its two versions. While busy it enables none.
     void CheckRow(int row);
     void RestoreMark(int row);
     QString GetFilePattern(int row, bool* isProgram) const;
@@ -97,8 +98,8 @@ private:
     bool CheckCertificate(const QString& path, DigestCache& digests);
     QString VersionFromFileName(const QString& folder, const QString& name, bool isProgram);
     bool SelectFile(QString& path, const QString& title, const QString& filter, bool inFirmwareFolder);
-    /// The caller closes it, which deletes it. Null when the main window was closed meanwhile; that may also delete it
-    /// later.
+    /// The caller closes the pop-up, which deletes it. Null when the main window was closed meanwhile; closing the main
+    /// window later may delete the pop-up too.
     QWidget* ShowWaitPopup(const QString& text);
 
     // MainWindowUpdate.cpp: the run; also Update
@@ -119,8 +120,8 @@ private:
     /// Searches, readings of the table and runs are numbered in the order in which they start. Each may start in a wait
     /// of an earlier one, which sees after the wait that m_started has changed and then shows nothing of its answer.
     int m_started = 0;
-    /// The reading that built the table's rows, by its number. Work on rows ends when they are another reading's.
-    int m_table = 0;
+    /// Number of the reading that built the table's rows. Work on rows ends when a newer reading has rebuilt them.
+    int m_rowsBuiltBy = 0;
     /// A reading is in progress. It leaves the controls enabled, so g_busy does not say it.
     bool m_isReading = false;
     /// The device whose rows the table holds; -1 before the first reading.

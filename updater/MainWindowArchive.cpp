@@ -58,8 +58,8 @@ void MainWindow::Archive()
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
 {
     // An alert runs an event loop, so whether the rows are still those of the device is checked before each step.
-    const auto isTableOfDevice = [this, table = m_table] {
-        return table == m_table && m_tableDevice == g_selectedDevice;
+    const auto isTableOfDevice = [this, reading = m_rowsBuiltBy] {
+        return reading == m_rowsBuiltBy && m_tableDevice == g_selectedDevice;
     };
     DigestCache digests;
     for (int row = 0; isTableOfDevice() && row < ui.tableWidget->rowCount(); ++row) {
@@ -85,6 +85,7 @@ void MainWindow::TakeFile(int row, const QString& version, const QString& path, 
         item->setData(Qt::UserRole, path);
         item->setData(DigestRole, sha256);
     }
+    // Taken during a reading: the reading must then mark the row by its versions, not as it was before.
     m_previousVerdicts.at(row).reset();
     ui.buttonUpdate->setEnabled(true);
     CheckRow(row);
@@ -97,7 +98,7 @@ void MainWindow::RowButtonClicked(QPushButton* button, int row, ButtonKind kind)
         UpdateUpdateButton();
         return;
     }
-    const int table = m_table;
+    const int reading = m_rowsBuiltBy;
     bool isProgram = false;
     const QString pattern = GetFilePattern(row, &isProgram);
     QString path;
@@ -105,7 +106,7 @@ void MainWindow::RowButtonClicked(QPushButton* button, int row, ButtonKind kind)
     if (!SelectFile(path, "Открыть файл с прошивкой", pattern, true) || !CheckCertificate(path, digests))
         return;
     const QString version = VersionFromFileName(QFileInfo(path).absolutePath(), QFileInfo(path).fileName(), isProgram);
-    if (table != m_table)
+    if (reading != m_rowsBuiltBy)
         return;
     TakeFile(row, version, path, digests[path].sha256);
     UpdateUpdateButton();
@@ -187,7 +188,7 @@ QWidget* MainWindow::ShowWaitPopup(const QString& text)
     const QPointer<QWidget> shown(popup);
     const auto isOpen = [&] { return shown && shown->isVisible(); };
     QCoreApplication::processEvents();
-    // Until the window system exposes the pop-up nothing is painted, and the analysis would run behind a blank patch.
+    // Until the window system exposes the pop-up nothing is painted, and the analysis would leave it blank.
     const QDeadlineTimer deadline(g_timeLimits.popupExposure);
     while (isOpen() && !shown->windowHandle()->isExposed() && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);

@@ -59,7 +59,7 @@ void MainWindow::ShowDevice(bool found)
     if (found)
         ui.button_DeviceType->setText("Прибор " + Device().Name + "  № " + g_deviceSerial);
     SetBusy(false);
-    // A search that was started in the middle of the reading has shown its own result.
+    // A search that was started during the reading has shown its own result, or the window was closed.
     if (!FillTable(found))
         return;
     ui.label_Update->setText(QString());

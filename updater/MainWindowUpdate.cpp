@@ -161,8 +161,8 @@ MainWindow::ModuleResult MainWindow::UpdateFirmware(int row, const TBoardRecord&
     }
     ui.progressBar->reset();
     ui.progressBar->setMaximum(int(image.size()));
-    // Only lets an instrument that is still starting come up. A board that sits in its boot loader may answer nothing,
-    // or another type, and is exactly the one that must be written.
+    // The poll only lets an instrument that is still starting come up; its result does not count. A board that sits in
+    // its boot loader may answer nothing, or another type, and is exactly the one that must be written.
     WaitReboot(row);
     {
         const std::unique_ptr<TcpModbus> link = CreateLink(g_selectedDevice, row);

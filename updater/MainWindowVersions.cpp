@@ -19,11 +19,11 @@ bool HasFailed(const QTableWidgetItem* item)
 
 bool MainWindow::FillTable(bool announce)
 {
-    const QScopedValueRollback<bool> reading(m_isReading, true);
-    const int table = m_table = StartWork();
+    const QScopedValueRollback<bool> isReading(m_isReading, true);
+    const int reading = m_rowsBuiltBy = StartWork();
     BuildRows();
     for (int row = 0; row < ui.tableWidget->rowCount(); ++row) {
-        if (!ReadRow(row, announce, table))
+        if (!ReadRow(row, announce, reading))
             return false;
     }
     for (int row = 0; row < ui.tableWidget->rowCount(); ++row)
@@ -32,11 +32,11 @@ bool MainWindow::FillTable(bool announce)
     return true;
 }
 
-/// Reads the row's version for the reading `table`; false when FillTable is to end.
-bool MainWindow::ReadRow(int row, bool announce, int table)
+/// Reads the row's version for the reading with the number `reading`; false when FillTable is to end.
+bool MainWindow::ReadRow(int row, bool announce, int reading)
 {
-    // A run that was started in the middle has read the rows it wrote. The row whose answer it made worthless is still
-    // empty, and is asked again.
+    // A run may start while this row's answer is awaited. It reads the rows that it writes; the answer to this reading
+    // is then discarded, so a row that is still empty is asked again.
     while (CellText(row, ColumnCurrent).isEmpty()) {
         const int started = m_started;
         if (announce) {
@@ -45,11 +45,11 @@ bool MainWindow::ReadRow(int row, bool announce, int table)
         }
         const bool failed = HasFailed(ui.tableWidget->item(row, ColumnName));
         ReadVersion(row, false);
-        // Such a run may have failed at this row, which a reading must not hide; a run that has only just ended has set
-        // the icon itself.
+        // An earlier run during this reading failed at this row, and ReadVersion has replaced its cross. If another run
+        // has just ended, it has set the icon itself.
         if (failed && started == m_started)
             SetRowStatus(row, RowStatus::Failed);
-        if (table != m_table || g_stopRequested)
+        if (reading != m_rowsBuiltBy || g_stopRequested)
             return false;
         if (started == m_started)
             break;

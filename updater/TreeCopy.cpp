@@ -25,7 +25,8 @@ bool Sync(const QString& folder)
 {
     const int handle = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle < 0) {
-        // A folder may be writable and not readable.
+        // A folder may be writable and not readable; without a handle only everything can be synced, which reports no
+        // error.
         ::sync();
         return true;
     }
@@ -96,7 +97,7 @@ bool CopyFiles(const QDir& src, const QString& dst, const CopyLog& log)
     RemoveLeftovers(dst);
     QStringList names = src.entryList(QDir::Files, QDir::NoSort);
     // A copy that ends early must not leave the new version's text beside the old program: the module would then
-    // pass for up to date.
+    // count as up to date.
     std::stable_partition(names.begin(), names.end(), [](const QString& name) { return !name.endsWith(".ver"); });
     QList<WaitingCopy> waiting;
     for (const QString& name : names) {
@@ -114,8 +115,8 @@ bool CopyFiles(const QDir& src, const QString& dst, const CopyLog& log)
     return Replace(waiting, dst, log);
 }
 
-/// `above`: canonical paths of the folders that the copy is in the middle of.
-bool CopyFolder(const QString& src, const QString& dst, QStringList above, const CopyLog& log)
+/// `enclosing`: canonical paths of the folders that the copy is in the middle of.
+bool CopyFolder(const QString& src, const QString& dst, QStringList enclosing, const CopyLog& log)
 {
     const QDir from(src);
     if (!from.exists())
@@ -124,17 +125,17 @@ bool CopyFolder(const QString& src, const QString& dst, QStringList above, const
         return true;
     const QString canonical = from.canonicalPath();
     const auto isInThis = [&](const QString& path) { return IsInside(path, canonical); };
-    // A link may lead to a folder above, or to one that holds the target: the copy would never end.
-    if (std::any_of(above.cbegin(), above.cend(), isInThis)
-        || (!above.isEmpty() && isInThis(QDir(dst).canonicalPath())))
+    // A link may lead to an enclosing folder, or to one that holds the target: the copy would never end.
+    if (std::any_of(enclosing.cbegin(), enclosing.cend(), isInThis)
+        || (!enclosing.isEmpty() && isInThis(QDir(dst).canonicalPath())))
         return true;
-    above.append(canonical);
+    enclosing.append(canonical);
     for (const QString& name : from.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort)) {
         const QString target = dst + QDir::separator() + name;
         if (!from.exists(target) && !from.mkpath(target))
             return false;
         log("mkpath " + target + " ok");
-        if (!CopyFolder(src + QDir::separator() + name, target, above, log))
+        if (!CopyFolder(src + QDir::separator() + name, target, enclosing, log))
             return false;
     }
     return CopyFiles(from, dst, log);
