@@ -7,12 +7,12 @@
 
 /// What an archive does to the rows of the module table: decisions only, no widget.
 
-/// Whether a file and its certificate agree, and what the operator is shown of them.
+/// Whether a file and its certificate agree, and what the operator is shown of them. Only the certificate decides: a
+/// file that cannot be opened has an empty digest, and is valid with an empty certificate.
 struct CertificateCheck
 {
     bool isValid = false;
-    QList<Alert> alerts; ///< in this order. That the file cannot be opened does not make it invalid: an empty
-                         ///< certificate matches a file that cannot be read
+    QList<Alert> alerts; ///< in this order
 };
 /// `path` is read unless it is in `digests`, and is there afterwards.
 CertificateCheck CheckFile(const QString& path, DigestCache& digests);
@@ -24,10 +24,11 @@ struct ArchiveStep
     QString entry = {};         ///< path below the extraction folder
 };
 
-/// What happens to row `row` of `device` (its board `row`) for an archive that was extracted into `folder`, in order:
-/// the row is offered every entry. Every file is judged for every row, so a wrong certificate has an alert for each
-/// row; a later file takes the place of an earlier one. One row at a time, because an archive may have 65,535 entries
-/// without certificates, and all rows' alerts at once would fill a panel's memory.
+/// The steps for row `row` of `device` (its board `row`) with an archive that was extracted into `folder`: for each
+/// entry in the archive's order its alerts, then the taking of it, if it is taken. Every file is judged for every row,
+/// so a wrong certificate has an alert for each row; a later file takes the place of an earlier one. One row at a time,
+/// because an archive may have 65,535 entries without certificates, and all rows' alerts at once would fill a panel's
+/// memory.
 QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
                                  int row, DigestCache& digests);
 

@@ -75,14 +75,14 @@ private:
     void ShowDevice(bool found);
 
     // MainWindowVersions.cpp: the modules and their versions
-    /// `announce`: label_Update says that versions are read. False when a newer reading has rebuilt the rows, or a stop
-    /// was requested.
+    /// `announce`: label_Update says that versions are read. False when a newer reading has rebuilt the rows, or the
+    /// window was closed. (Cancelling a run does not end a reading: EndRun clears the stop first.)
     bool FillTable(bool announce);
     void BuildRows();
     void BuildRow(int row);
     bool ReadRow(int row, bool announce, int reading);
-    /// False when a firmware module's board could not be asked or did not answer, or when newer work has started
-    /// meanwhile: then nothing of the answer is shown.
+    /// A program module's version file is read, with the result true. Firmware: false when the board could not be asked
+    /// or did not answer, or when newer work has started meanwhile: the answer is then discarded.
     bool ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
     /// Sets the row's two buttons by its two versions. While busy it enables none.
@@ -117,8 +117,9 @@ private:
 
     Ui::MainWindowClass ui;
     QHash<QString, QIcon> m_icons;
-    /// Searches, readings of the table and runs are numbered in the order in which they start. Each may start in a wait
-    /// of an earlier one, which sees after the wait that m_started has changed and then shows nothing of its answer.
+    /// Searches, readings of the table and runs are numbered in the order in which they start. A search or a run may
+    /// start in a wait of a reading, whose buttons are enabled; nothing starts during a search or a run. After the wait
+    /// the reading sees that m_started has changed and discards the answer.
     int m_started = 0;
     /// Number of the reading that built the table's rows. Work on rows ends when a newer reading has rebuilt them.
     int m_rowsBuiltBy = 0;

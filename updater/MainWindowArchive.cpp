@@ -57,7 +57,8 @@ void MainWindow::Archive()
 
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
 {
-    // An alert runs an event loop, so whether the rows are still those of the device is checked before each step.
+    // An alert runs an event loop, also that of VersionFromFileName, so whether the rows are still those of the device
+    // is checked before each step.
     const auto isTableOfDevice = [this, reading = m_rowsBuiltBy] {
         return reading == m_rowsBuiltBy && m_tableDevice == g_selectedDevice;
     };

@@ -45,8 +45,8 @@ bool MainWindow::ReadRow(int row, bool announce, int reading)
         }
         const bool failed = HasFailed(ui.tableWidget->item(row, ColumnName));
         ReadVersion(row, false);
-        // An earlier run during this reading failed at this row, and ReadVersion has replaced its cross. If another run
-        // has just ended, it has set the icon itself.
+        // A run that started inside this reading left a cross here, and ReadVersion has just removed it: put it back.
+        // If a run came during this very call, the icon is already that run's.
         if (failed && started == m_started)
             SetRowStatus(row, RowStatus::Failed);
         if (reading != m_rowsBuiltBy || g_stopRequested)
@@ -84,7 +84,7 @@ void MainWindow::BuildRows()
 void MainWindow::BuildRow(int row)
 {
     QTableWidget* table = ui.tableWidget;
-    // Empty where a reading was interrupted: then the result of the reading before it still counts.
+    // An empty cell means that the last reading did not get here: the verdict of the reading before it is kept.
     if (!CellText(row, ColumnCurrent).isEmpty())
         m_previousVerdicts.at(row) = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
     auto* name = new QTableWidgetItem(Board(row).Name);

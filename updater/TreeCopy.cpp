@@ -25,8 +25,7 @@ bool Sync(const QString& folder)
 {
     const int handle = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle < 0) {
-        // A folder may be writable and not readable; without a handle only everything can be synced, which reports no
-        // error.
+        // A folder may be writable and not readable. Then only sync() is left, which cannot report a failure.
         ::sync();
         return true;
     }
@@ -103,13 +102,12 @@ bool CopyFiles(const QDir& src, const QString& dst, const CopyLog& log)
     for (const QString& name : names) {
         WaitingCopy copy{src.path() + QDir::separator() + name, dst + QDir::separator() + name, {}};
         bool isCopied = CopyBeside(copy, dst);
-        // On a full disk the copies that wait still occupy space beside the files they replace.
+        // On a full disk the copies that wait still occupy space beside the files they replace: put them in place, then
+        // try this file once more. They also stay when it fails again.
         if (!isCopied && !waiting.isEmpty())
             isCopied = Replace(waiting, dst, log) && CopyBeside(copy, dst);
-        if (!isCopied) {
-            Replace(waiting, dst, log);
+        if (!isCopied)
             return false;
-        }
         waiting.append(copy);
     }
     return Replace(waiting, dst, log);

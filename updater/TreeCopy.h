@@ -7,11 +7,10 @@
 /// Called with one line for each folder that was made or was there, and each file that was copied.
 using CopyLog = std::function<void(const QString& line)>;
 
-/// Copies the files and folders of `src` over those of `dst` (absolute paths; `dst` exists). Hidden entries and folders
-/// that IsNeverCopied names are left out at every level, also `src` itself. Of such a named folder below `src` an empty
-/// target folder is made.
-/// False at the first entry that fails; what was copied before it stays.
-/// Each file is replaced in one step: after a power cut or on a full disk its name holds the old file or the new one,
-/// also while a program runs from it. Hidden temporary files that an interrupted copy left in a folder of `dst` are
-/// removed.
+/// Copies the files and folders of `src` over those of `dst` (absolute paths; `dst` exists). Hidden entries are left
+/// out at every level. So are folders that IsNeverCopied names: an empty target folder is made for one below `src`, and
+/// if `src` has such a name, nothing is copied and the result is true. False when `src` does not exist, or at the first
+/// entry that fails; what was copied before it stays. Each file is replaced in one step: after a power cut or on a full
+/// disk its name holds the old file or the new one, also while a program runs from it. Hidden temporary files that an
+/// interrupted copy left are removed from each target folder that this copy fills.
 bool CopyTree(const QString& src, const QString& dst, const CopyLog& log);
