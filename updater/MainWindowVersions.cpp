@@ -35,8 +35,9 @@ bool MainWindow::FillTable(bool announce)
 /// Reads the row's version for the reading with the number `reading`; false when FillTable is to end.
 bool MainWindow::ReadRow(int row, bool announce, int reading)
 {
-    // A run may start while this row's answer is awaited. It reads the rows that it writes; the answer to this reading
-    // is then discarded, so a row that is still empty is asked again.
+    // A run may start while this row's answer is awaited. It reads the versions of the modules that it updates; the
+    // answer to this reading is then discarded. A row that is still empty, because the run left it out or failed at it,
+    // is asked again. A search that starts meanwhile rebuilds the rows, found or not, and ends this reading.
     while (CellText(row, ColumnCurrent).isEmpty()) {
         const int started = m_started;
         if (announce) {
