@@ -134,14 +134,14 @@ private slots:
         printed.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
         const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
         const QString only = "has the name but takes fw_7_1_0_v*.bin only; ";
+        const QString rename = "does not take it: upper and lower case count; rename it to ";
+        const QString names = "fw_7_1_0_v*.bin (Один), view/prog (П1)";
         QCOMPARE(printed.split('\n').filter(": "),
-                 QStringList({"fw_7_1_0_v2.BIN: does not take it: upper and lower case count; rename it to "
-                              "fw_7_1_0_v2.bin",
+                 QStringList({"fw_7_1_0_v2.BIN: " + rename + "fw_7_1_0_v2.bin",
                               "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
                               "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
                               "a/fw_8_1_0_v2.bin: " + other + "--device", "tool: " + other + "--device",
-                              "view.txt: No module takes it; leave it out, or give it one of these names: "
-                              "fw_7_1_0_v*.bin (Один), view/prog (П1)"}));
+                              "view.txt: No module takes it; leave it out, or give it one of these names: " + names}));
     }
 
     void VerifyForPeople_data()
