@@ -81,8 +81,9 @@ private:
     void BuildRows();
     void BuildRow(int row);
     bool ReadRow(int row, bool announce, int reading);
-    /// A program module's version file is read, with the result true. Firmware: false when the board could not be asked
-    /// or did not answer, or when newer work has started meanwhile: the answer is then discarded.
+    /// A program module's version file is read, with the result true; a message box shows what is wrong with that file,
+    /// so other work may start in here too. Firmware: false when the board could not be asked or did not answer, or when
+    /// newer work has started meanwhile: the answer is then discarded.
     bool ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
     /// Sets the row's two buttons by its two versions. While busy it enables none.
@@ -128,5 +129,6 @@ private:
     /// The device whose rows the table holds; -1 before the first reading.
     int m_tableDevice = -1;
     /// What a row's versions allowed before they were read anew: a mark stays through a reading that changes nothing.
+    /// Nothing for a row that has just taken a file, or whose instrument is another one.
     std::array<std::optional<RowVerdict>, TDeviceRecord::MaxBoards> m_previousVerdicts;
 };
