@@ -7,8 +7,8 @@
 
 /// What an archive does to the rows of the module table: decisions only, no widget.
 
-/// Whether a file and its certificate agree, and what the operator is shown of them. Only the certificate decides: a
-/// file that cannot be opened has an empty digest, and is valid with an empty certificate.
+/// Valid: the certificate equals the file's digest. A file that cannot be opened has the empty digest, so an empty
+/// certificate makes it valid, although an alert is shown.
 struct CertificateCheck
 {
     bool isValid = false;
@@ -26,9 +26,9 @@ struct ArchiveStep
 
 /// The steps for row `row` of `device` (its board `row`) with an archive that was extracted into `folder`: for each
 /// entry in the archive's order its alerts, then the taking of it, if it is taken. Every file is judged for every row,
-/// so a wrong certificate has an alert for each row; a later file takes the place of an earlier one. One row at a time,
-/// because an archive may have 65,535 entries without certificates, and all rows' alerts at once would fill a panel's
-/// memory.
+/// also one that fits none, so a wrong certificate has an alert for each row; a later file takes the place of an
+/// earlier one. One row at a time, because an archive may have 65,535 entries without certificates, and all rows'
+/// alerts at once would fill a panel's memory.
 QList<ArchiveStep> AssignEntries(const QList<ArchiveEntry>& entries, const QString& folder, const TDeviceRecord& device,
                                  int row, DigestCache& digests);
 

@@ -73,7 +73,7 @@ Certificate JudgeCertificate(const QString& path, const QByteArray& digest);
 /// What a row's two version texts allow.
 struct RowVerdict
 {
-    bool valid = false;     ///< both versions are known
+    bool valid = false;     ///< the current version is known, and there is a new one ("???" too)
     bool upToDate = true;   ///< nothing to update, also for a row that is not valid
     bool takesFile = false; ///< the current version is known, so a file may be chosen
 

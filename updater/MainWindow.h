@@ -15,9 +15,10 @@
 class QPushButton;
 class TcpModbus;
 
-/// The controller of the whole program. Row i of the module table is board i of the device g_selectedDevice. Long work
-/// runs as straight loops on the GUI thread that process events in their waits, so any slot may run in the middle of
-/// any loop: after a wait rows, device and flags are read again.
+/// The controller of the whole program. Row i of the module table is board i of the device m_tableDevice, which is
+/// g_selectedDevice but for the end of a search that has found another device. Long work runs as straight loops on the
+/// GUI thread that process events in their waits, so any slot may run in the middle of any loop: after a wait rows,
+/// device and flags are read again.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -81,9 +82,10 @@ private:
     void BuildRows();
     void BuildRow(int row);
     bool ReadRow(int row, bool announce, int reading);
-    /// A program module's version file is read, with the result true; a message box shows what is wrong with that file,
-    /// so other work may start in here too. Firmware: false when the board could not be asked or did not answer, or when
-    /// newer work has started meanwhile: the answer is then discarded.
+    /// `compare`, after a write: sets tick or cross by the new version, and the buttons. A program module's version
+    /// file is read, with the result true; a message box shows why it cannot be. Firmware: false when the board could
+    /// not be asked or did not answer, or when newer work has started meanwhile. A version that is then read is
+    /// discarded.
     bool ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
     /// Sets the row's two buttons by its two versions. While busy it enables none.
@@ -129,6 +131,6 @@ private:
     /// The device whose rows the table holds; -1 before the first reading.
     int m_tableDevice = -1;
     /// What a row's versions allowed before they were read anew: a mark stays through a reading that changes nothing.
-    /// Nothing for a row that has just taken a file, or whose instrument is another one.
+    /// nullopt for a row that has taken a file since, or that is another instrument's.
     std::array<std::optional<RowVerdict>, TDeviceRecord::MaxBoards> m_previousVerdicts;
 };

@@ -57,8 +57,8 @@ void MainWindow::Archive()
 
 void MainWindow::TakeEntries(const QString& folder, const FirmwareArchive& archive)
 {
-    // An alert runs an event loop, also that of VersionFromFileName, so whether the rows are still those of the device
-    // is checked before each step.
+    // Alerts run an event loop, and so does VersionFromFileName when it shows one. Before each step, and after it, the
+    // rows must still be those of the device that the steps are for: a file must never reach a board of another.
     const auto isTableOfDevice = [this, reading = m_rowsBuiltBy] {
         return reading == m_rowsBuiltBy && m_tableDevice == g_selectedDevice;
     };

@@ -36,8 +36,9 @@ bool MainWindow::FillTable(bool announce)
 bool MainWindow::ReadRow(int row, bool announce, int reading)
 {
     // A run may start while this row's answer is awaited. It reads the versions of the modules that it updates; the
-    // answer to this reading is then discarded. A row that is still empty, because the run left it out or failed at it,
-    // is asked again. A search that starts meanwhile rebuilds the rows, found or not, and ends this reading.
+    // answer to this reading is then discarded. A row that is still empty, because the run left it out or failed before
+    // it asked for the version, is asked again: one more turn for each such run. A search that starts meanwhile
+    // rebuilds the rows, found or not, and ends this reading.
     while (CellText(row, ColumnCurrent).isEmpty()) {
         const int started = m_started;
         if (announce) {
@@ -46,12 +47,13 @@ bool MainWindow::ReadRow(int row, bool announce, int reading)
         }
         const bool failed = HasFailed(ui.tableWidget->item(row, ColumnName));
         ReadVersion(row, false);
-        // A run that started inside this reading left a cross here, and ReadVersion has just removed it: put it back.
-        // If a run came during this very call, the icon is already that run's.
+        // A run that started inside this reading left a cross here (BuildRow removed all older ones), and ReadVersion
+        // has just removed it: put it back. If a run came during this very call, the icon is already that run's.
         if (failed && started == m_started)
             SetRowStatus(row, RowStatus::Failed);
         if (reading != m_rowsBuiltBy || g_stopRequested)
             return false;
+        // Asked without newer work in between: the cell stays empty if the module gave no version.
         if (started == m_started)
             break;
     }
@@ -85,7 +87,7 @@ void MainWindow::BuildRows()
 void MainWindow::BuildRow(int row)
 {
     QTableWidget* table = ui.tableWidget;
-    // An empty cell means that the last reading did not get here: the verdict of the reading before it is kept.
+    // An empty cell: the last reading did not get here, or the module gave no version. The older verdict is kept.
     if (!CellText(row, ColumnCurrent).isEmpty())
         m_previousVerdicts.at(row) = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
     auto* name = new QTableWidgetItem(Board(row).Name);

@@ -102,8 +102,8 @@ bool CopyFiles(const QDir& src, const QString& dst, const CopyLog& log)
     for (const QString& name : names) {
         WaitingCopy copy{src.path() + QDir::separator() + name, dst + QDir::separator() + name, {}};
         bool isCopied = CopyBeside(copy, dst);
-        // On a full disk the copies that wait still occupy space beside the files they replace: put them in place, then
-        // try this file once more. They also stay when it fails again.
+        // It may be that the disk is full: the copies that wait occupy space beside the files they replace. Put them in
+        // place, then try this file once more. What is in place stays when it fails again.
         if (!isCopied && !waiting.isEmpty())
             isCopied = Replace(waiting, dst, log) && CopyBeside(copy, dst);
         if (!isCopied)
@@ -123,11 +123,13 @@ bool CopyFolder(const QString& src, const QString& dst, QStringList enclosing, c
         return true;
     const QString canonical = from.canonicalPath();
     const auto isInThis = [&](const QString& path) { return IsInside(path, canonical); };
-    // A link may lead to an enclosing folder, or to one that holds the target: the copy would never end.
+    // A folder that holds one that the copy is in, or that holds the target, would be copied without end. Only the top
+    // folder may hold the target: a backup of it lies inside of it.
     if (std::any_of(enclosing.cbegin(), enclosing.cend(), isInThis)
         || (!enclosing.isEmpty() && isInThis(QDir(dst).canonicalPath())))
         return true;
     enclosing.append(canonical);
+    // Folders first: the version files beside the program come last of all.
     for (const QString& name : from.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort)) {
         const QString target = dst + QDir::separator() + name;
         if (!from.exists(target) && !from.mkpath(target))
