@@ -191,6 +191,10 @@ Judgement JudgeArchive(const QString& path, const QString& name, const Selection
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable archive").arg(name, file.errorString()));
+    // It is empty when TMPDIR names no folder, and the archive would be unpacked below "/".
+    if (QDir::tempPath().isEmpty())
+        throw UsageError(Kit::tr("TMPDIR: %1: no such folder; make it, or set TMPDIR to another one")
+                             .arg(qEnvironmentVariable("TMPDIR")));
     const WorkFolder temporary(QDir::tempPath() + "/fwkit-");
     const QString folder = temporary.FilePath("firmware");
     if (!temporary.ErrorString().isEmpty() || !QDir().mkdir(folder))

@@ -269,6 +269,22 @@ private slots:
         QTEST(QString(bash.readAllStandardOutput()), "offered");
     }
 
+    void NoTemporaryFolder()
+    {
+        const QTemporaryDir folder;
+        WriteCatalogue(folder);
+        testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
+        QProcessEnvironment environment = MakersEnvironment(folder, "C.UTF-8");
+        environment.insert("TMPDIR", folder.filePath("x"));
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(FWKIT_PROGRAM, {"verify", "-qc", folder.filePath("updater.json"), folder.filePath("a.zip")});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 2);
+        const QString line = "fwkit verify: TMPDIR: " + folder.filePath("x") + ": no such folder; ";
+        QVERIFY(QString(process.readAllStandardError()).startsWith(line));
+    }
+
     void ManyEntries()
     {
         const QTemporaryDir folder;

@@ -1099,6 +1099,10 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <source>leave it out, or give it one of these names: %1</source>
         <translation>уберите его или дайте ему одно из этих имён: %1</translation>
     </message>
+    <message>
+        <source>TMPDIR: %1: no such folder; make it, or set TMPDIR to another one</source>
+        <translation>TMPDIR: %1: такой папки нет; создайте её или укажите в TMPDIR другую</translation>
+    </message>
 </context>
 <context>
     <name>QCommandLineParser</name>
