@@ -124,6 +124,11 @@ public:
         if (!m_isJson)
             Warn("certify", LineOf(*finding));
     }
+    void Add(const UsageError& error)
+    {
+        m_isMisused = true;
+        Warn("certify", error.Text());
+    }
     Status Close() const
     {
         Show(Kit::tr("Certificates: %1 new, %2 unchanged, %3 replaced; findings: %4.\n")
@@ -131,7 +136,7 @@ public:
                       QString::number(m_counts[Certified::Replaced]), QString::number(m_findings.size())));
         if (m_isJson)
             Print(JsonText({{"files", m_files}, {"leftOut", m_leftOut}, {"findings", m_findings}}));
-        return m_findings.isEmpty() ? Fine : HasFindings;
+        return m_isMisused ? IsMisused : m_findings.isEmpty() ? Fine : HasFindings;
     }
 
 private:
@@ -143,6 +148,7 @@ private:
 
     bool m_isJson;
     bool m_isQuiet;
+    bool m_isMisused = false;
     QHash<Certified, int> m_counts;
     QJsonArray m_files;
     QJsonArray m_leftOut;
@@ -164,9 +170,15 @@ Status Run(const QCommandLineParser& parser)
         Progress progress(!parser.isSet("quiet"));
         for (qsizetype i = 0; i < input.files.size(); ++i) {
             progress.Show(Kit::tr("Certifying"), i, input.files.size());
-            const Certified result = CertifyFile(input.files[i], mode);
-            progress.Wipe();
-            report.Add(input.files[i], result);
+            try {
+                const Certified result = CertifyFile(input.files[i], mode);
+                progress.Wipe();
+                report.Add(input.files[i], result);
+            } catch (const UsageError& error) {
+                // The remaining files still get their certificates.
+                progress.Wipe();
+                report.Add(error);
+            }
         }
     }
     const Status status = report.Close();

@@ -192,6 +192,8 @@ private slots:
             "\"kind\": \"firmware-in-folder\"", "");
         row("certify for a script", {"certify", "-j", "@/in"}, 0, "\"result\": \"new\"", "");
         row("certify finds for a script", {"certify", "-j", "@/firmware"}, 1, "\"kind\": \"empty-file\"", "");
+        row("certify goes on", {"certify", "/proc/self/mem", "@/in"}, 2, "@/in/fw_7_1_0_v2.0.bin: new",
+            "fwkit certify: /proc/self/mem: cannot be read to its end");
         row("certify quietly", {"certify", "-q", "@/in"}, 0, "", "");
         row("certify finds quietly", {"certify", "-q", "@/in", "@/firmware"}, 1, "",
             "certify: @/firmware/x: It is empty");
