@@ -108,6 +108,8 @@ public:
 
     void Add(const InputFiles::LeftOut& left)
     {
+        if (left.why == InputFiles::Why::OddBytes)
+            return Add(Finding{"odd-name", left.path, {}, Reason(left.why), Kit::tr("rename it")});
         m_leftOut.append(JsonOf(left));
         Show(LineOf(left) + '\n');
     }
@@ -120,9 +122,7 @@ public:
             Show(Printable(file) + ": " + Kit::tr(WordOf(result)) + '\n');
             return;
         }
-        m_findings.append(JsonOf(*finding));
-        if (!m_isJson)
-            Warn("certify", LineOf(*finding));
+        Add(*finding);
     }
     void Add(const UsageError& error)
     {
@@ -140,6 +140,12 @@ public:
     }
 
 private:
+    void Add(const Finding& finding)
+    {
+        m_findings.append(JsonOf(finding));
+        if (!m_isJson)
+            Warn("certify", LineOf(finding));
+    }
     void Show(const QString& text) const
     {
         if (!m_isJson && !m_isQuiet)

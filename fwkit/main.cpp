@@ -143,7 +143,7 @@ void RefuseUnreadable(int count, char* arguments[])
         QStringDecoder utf8(QStringDecoder::Utf8);
         const QString text = utf8(arguments[i]);
         if (utf8.hasError())
-            throw UsageError(Kit::tr("%1: this name is no UTF-8, and archives hold no other; rename it").arg(text));
+            throw UsageError(Kit::tr("%1: this name is no UTF-8, and fwkit opens no other; rename it").arg(text));
     }
 }
 

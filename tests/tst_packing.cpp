@@ -294,12 +294,13 @@ private slots:
         const Table<QStringList, QStringList, QString> row("arguments", "printed", "right");
         const QString different = "b/prog: It does not match its certificate, which stays as it is";
         const QString empty = "none: It is empty and gets no certificate";
-        row("first", {"@/in"}, {"a.bin: new", "c.bin: unchanged", different, empty}, "a.bin c.bin");
+        const QString odd = "\uFFFD: its name is no UTF-8";
+        row("first", {"@/in"}, {"a.bin: new", "c.bin: unchanged", odd, different, empty}, "a.bin c.bin");
         row("named by a shell", {"@/in/a.bin", "@/in/c.bin", "@/in/c.bin.sha256", "@/in/x.tmp"},
             {"a.bin: new", "c.bin: unchanged"}, "a.bin c.bin");
-        row("only looked", {"--check", "@/in"}, {"c.bin: unchanged", "a.bin: It has no certificate", different, empty},
-            "c.bin");
-        row("forced", {"--force", "@/in"}, {"a.bin: new", "b/prog: replaced", "c.bin: unchanged", "none: new"},
+        row("only looked", {"--check", "@/in"},
+            {"c.bin: unchanged", odd, "a.bin: It has no certificate", different, empty}, "c.bin");
+        row("forced", {"--force", "@/in"}, {"a.bin: new", "b/prog: replaced", "c.bin: unchanged", "none: new", odd},
             "a.bin b/prog c.bin none");
     }
     void Certify()
@@ -317,12 +318,15 @@ private slots:
         WriteFiles(folder, {{"in/b/prog.sha256", "other"}, {"in/c.bin.sha256", digest("same")}, {"outside/x", "x"}});
         QFile::link(folder.filePath("outside"), folder.filePath("in/folder"));
         QFile::link(folder.filePath("outside/x"), folder.filePath("in/file"));
+        const std::string odd = folder.path().toStdString() + "/in/\xFF";
+        std::ofstream(odd) << 'x';
         QFile same(folder.filePath("in/c.bin.sha256"));
         const QDateTime before = QDateTime::fromSecsSinceEpoch(1000000000);
         QVERIFY(same.open(QIODevice::ReadWrite) && same.setFileTime(before, QFileDevice::FileModificationTime));
         same.close();
 
         const Outcome outcome = Run(folder, QStringList{"certify"} + arguments);
+        std::remove(odd.c_str()); // QTemporaryDir could not
         QString text = outcome.out + outcome.err;
         QStringList lines = text.remove("fwkit certify: ").remove(folder.path() + "/in/").split('\n');
         QCOMPARE(lines.filter("left out").size(), arguments.last() == "@/in" ? 5 : 1);

@@ -1036,10 +1036,6 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <translation>%1: нет такого действия; может быть, %2?</translation>
     </message>
     <message>
-        <source>%1: this name is no UTF-8, and archives hold no other; rename it</source>
-        <translation>%1: имя не в UTF-8, а других в архивах нет; переименуйте</translation>
-    </message>
-    <message>
         <source>the report cannot be written to standard output; make room where that goes</source>
         <translation>отчёт не записывается в стандартный вывод; освободите место там, куда он идёт</translation>
     </message>
@@ -1102,6 +1098,10 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
     <message>
         <source>TMPDIR: %1: no such folder; make it, or set TMPDIR to another one</source>
         <translation>TMPDIR: %1: такой папки нет; создайте её или укажите в TMPDIR другую</translation>
+    </message>
+    <message>
+        <source>%1: this name is no UTF-8, and fwkit opens no other; rename it</source>
+        <translation>%1: имя не в UTF-8, а других fwkit не открывает; переименуйте</translation>
     </message>
 </context>
 <context>
