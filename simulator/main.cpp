@@ -2,6 +2,7 @@
 #include "Catalogue.h"
 #include "Instrument.h"
 #include "Report.h"
+#include "Spelling.h"
 #include "UsageError.h"
 
 #include <QCommandLineParser>
@@ -88,7 +89,7 @@ void AddOptions(QCommandLineParser& parser)
                                      "addresses. It ends on SIGINT or SIGTERM.");
     parser.addOptions({
         {{"h", "help"}, "This text."},
-        {"version", "The program's version."},
+        {{"V", "version"}, "The program's version."},
         {{"c", "catalogue"}, "The device catalogue.", "updater.json"},
         {{"d", "device"}, "The device's IdDev in the catalogue. Default: the first device.", "ID"},
         {"serial", "Serial number: ASCII without space and \";\". Default 000001.", "TEXT", "000001"},
@@ -173,7 +174,7 @@ int main(int argc, char* argv[])
     std::signal(SIGPIPE, SIG_IGN);
     try {
         if (!parser.parse(QCoreApplication::arguments()))
-            throw UsageError(parser.errorText() + " See --help.");
+            throw UsageError(WhyNotParsed(parser, "--help"));
         if (!parser.isSet("help") && !parser.isSet("version"))
             return Run(parser);
         Write(parser.isSet("help") ? parser.helpText() : "instrument-simulator " SIMULATOR_VERSION "\n");

@@ -220,6 +220,9 @@ private slots:
         row("check goes on", {"check", "@/x.json", "@/good.json"}, 2, "@/good.json: fine, devices: 1, modules: 3\n",
             "fwkit check: @/x.json: cannot be read");
         row("help", {"help", "list"}, 0, "Exit status: 0 fine, 1 findings, 2 misuse", "");
+        row("help on help", {"help", "help"}, 0, "Usage: fwkit VERB", "");
+        row("misspelt option", {"pack", "--outptu=x"}, 2, "", "Unknown option 'outptu'. Did you mean --output?");
+        row("help on two verbs", {"help", "pack", "verify"}, 2, "", "name one");
         row("version", {"-V"}, 0, "fwkit 1.", "");
     }
     void Answers()

@@ -236,7 +236,7 @@ private slots:
         row("no verb", {}, ": no verb");
         row("unknown verb", {"x\x1b"}, ": x\\u001b: no such verb; see");
         row("misspelt verb", {"Verfy"}, ": Verfy: no such verb; did you mean verify?");
-        row("unknown option", {"verify", "--x"}, " verify: Unknown option 'x'.");
+        row("unknown option", {"verify", "--x"}, " verify: Unknown option 'x'. See fwkit verify --help.");
         row("no catalogue named", {"verify", "@/a.zip"}, " verify: missing: --catalogue; see --help");
         row("nothing named", {"pack"}, " pack: missing: --catalogue, --device, --output, FILE|FOLDER...; see");
         row("two devices", pack + QStringList{"-d", "8"}, " pack: --device is given more than once");

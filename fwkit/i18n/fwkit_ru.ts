@@ -772,10 +772,6 @@ Verbs:
         <translation>Эта справка.</translation>
     </message>
     <message>
-        <source>%1 See fwkit %2 --help.</source>
-        <translation>%1 См. fwkit %2 --help.</translation>
-    </message>
-    <message>
         <source>no verb; see fwkit --help</source>
         <translation>нет действия; см. fwkit --help</translation>
     </message>
@@ -1102,6 +1098,18 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
     <message>
         <source>%1: this name is no UTF-8, and fwkit opens no other; rename it</source>
         <translation>%1: имя не в UTF-8, а других fwkit не открывает; переименуйте</translation>
+    </message>
+    <message>
+        <source>See %1.</source>
+        <translation>См. %1.</translation>
+    </message>
+    <message>
+        <source>Did you mean --%1?</source>
+        <translation>Может быть, --%1?</translation>
+    </message>
+    <message>
+        <source>help tells of one verb; name one</source>
+        <translation>справка даётся об одном действии; назовите одно</translation>
     </message>
 </context>
 <context>
