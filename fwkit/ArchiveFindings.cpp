@@ -181,7 +181,9 @@ void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardReco
             Kit::tr("add its version as the file %1.ver").arg(file.entry));
     else if (!overZero.valid || (!board.IsProgram() && file.version != WrittenVersion(file.entry, prefix)))
         Add("bad-version", file.entry, Kit::tr("The panel reads \"%1\" as its version").arg(VersionText(file.version)),
-            Kit::tr("write a version without \"_\", right in front of the extension or in the .ver file"));
+            board.IsProgram() ? Kit::tr("write the version into %1.ver").arg(file.entry)
+                              : Kit::tr("end the name with a version without \"_\" and one %1")
+                                    .arg(FilePattern(device, board).section('*', 1)));
     else if (!board.IsProgram() && !CanBeAnswered(file.version, board.IdCPU))
         Add("unanswerable-version", file.entry,
             Kit::tr("No board can answer the version \"%1\": the module \"%2\" gets the red cross after every update")

@@ -78,6 +78,8 @@ private slots:
         row("wrong case of the kind", certified({{"fw_7_1_0_v2.BIN", "x"}}), {"wrong-case fw_7_1_0_v2.BIN"}, {},
             "a.zip");
         row("nobody's", certified({{"readme.txt", "x"}}), {"nobody readme.txt"}, {}, "a.zip");
+        row("folders of Windows", certified(Good() + testdata::Files{{"view\\l.so", "x"}}), {"odd-name view\\l.so"}, {},
+            "a.zip");
         row("certificates alone", {{"a.sha256/fw_7_1_0_v2.0.bin", "x"}, {"b.sha256", "x"}},
             {"never-looked-at a.sha256/fw_7_1_0_v2.0.bin", "never-looked-at b.sha256"}, {}, "a.zip");
         row("climbs out", {{"good", "1"}, {"../x", "2"}, {"y", "3"}}, {"refused ../x"}, {}, "a.zip");
@@ -123,6 +125,9 @@ private slots:
                                  {testdata::Device("П", 7, {board, testdata::Program("П1", "view", "prog")}),
                                   testdata::Device("Р", 8, {board, testdata::Program("П2", "deep", "tool")})});
         WriteFiles(folder, {{"in/a/fw_8_1_0_v2.bin", "x"},
+                            {"in/Fw_8_1_0_v2.hex", "x"},
+                            {"in/fw_7_1_0_v2.bin.bin", "x"},
+                            {"in/fw_7_1_0_v3.bin ", "x"},
                             {"in/fw_7_1_0_v2.BIN", "x"},
                             {"in/fw_7_1_0_v2.hex", "x"},
                             {"in/fw_7_1_0_v2.rpd", "x"},
@@ -134,14 +139,18 @@ private slots:
         printed.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
         const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
         const QString only = "has the name but takes fw_7_1_0_v*.bin only; ";
-        const QString rename = "does not take it: upper and lower case count; rename it to ";
+        const QString rename = "does not take it: upper and lower case and spaces count; rename it to ";
         const QString names = "fw_7_1_0_v*.bin (Один), view/prog (П1)";
-        QCOMPARE(printed.split('\n').filter(": "),
-                 QStringList({"fw_7_1_0_v2.BIN: " + rename + "fw_7_1_0_v2.bin",
-                              "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
-                              "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
-                              "a/fw_8_1_0_v2.bin: " + other + "--device", "tool: " + other + "--device",
-                              "view.txt: No module takes it; leave it out, or give it one of these names: " + names}));
+        QCOMPARE(
+            printed.split('\n').filter(": "),
+            QStringList({"fw_7_1_0_v2.bin.bin: The panel reads \"2\" as its version; end the name with a version "
+                         "without \"_\" and one .bin",
+                         "Fw_8_1_0_v2.hex: " + other + "--device", "fw_7_1_0_v2.BIN: " + rename + "fw_7_1_0_v2.bin",
+                         "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
+                         "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
+                         "fw_7_1_0_v3.bin : " + rename + "fw_7_1_0_v3.bin", "a/fw_8_1_0_v2.bin: " + other + "--device",
+                         "tool: " + other + "--device",
+                         "view.txt: No module takes it; leave it out, or give it one of these names: " + names}));
     }
 
     void VerifyForPeople_data()

@@ -76,10 +76,6 @@
         <translation>Панель читает его версию как «%1»</translation>
     </message>
     <message>
-        <source>write a version without &quot;_&quot;, right in front of the extension or in the .ver file</source>
-        <translation>напишите версию без «_», прямо перед расширением или в файле .ver</translation>
-    </message>
-    <message>
         <source>The version %1 counts as no more than 0: the panel marks the module &quot;%2&quot; by itself over no version that is a number</source>
         <translation>Версия %1 считается не больше 0: панель сама не отметит модуль «%2» ни при какой версии-числе</translation>
     </message>
@@ -1068,10 +1064,6 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <translation>запишите %1.ver без него: так делает printf, но не echo</translation>
     </message>
     <message>
-        <source>The module &quot;%1&quot; does not take it: upper and lower case count</source>
-        <translation>Модуль «%1» его не берёт: заглавные и строчные буквы различаются</translation>
-    </message>
-    <message>
         <source>rename it to %1</source>
         <translation>переименуйте в %1</translation>
     </message>
@@ -1110,6 +1102,22 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
     <message>
         <source>help tells of one verb; name one</source>
         <translation>справка даётся об одном действии; назовите одно</translation>
+    </message>
+    <message>
+        <source>write the version into %1.ver</source>
+        <translation>запишите версию в %1.ver</translation>
+    </message>
+    <message>
+        <source>end the name with a version without &quot;_&quot; and one %1</source>
+        <translation>закончите имя версией без «_» и одним %1</translation>
+    </message>
+    <message>
+        <source>The module &quot;%1&quot; does not take it: upper and lower case and spaces count</source>
+        <translation>Модуль «%1» его не берёт: регистр букв и пробелы важны</translation>
+    </message>
+    <message>
+        <source>For the panel a &quot;\&quot; divides no folders but is a part of the name</source>
+        <translation>Для панели «\» — не граница папок, а часть имени</translation>
     </message>
 </context>
 <context>
