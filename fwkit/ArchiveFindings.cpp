@@ -48,7 +48,10 @@ QString VersionText(const QString& version)
 {
     static const QRegularExpression LineBreak("[\r\n]");
     const QString shown = version.section(LineBreak, 0, 0);
-    return shown == version ? version : Kit::tr("%1 (and a line break)").arg(shown);
+    if (shown == version)
+        return version;
+    return version.trimmed() == shown.trimmed() ? Kit::tr("%1 (and a line break)").arg(shown)
+                                                : Kit::tr("%1 (and another line)").arg(shown);
 }
 
 ArchiveFindings::ArchiveFindings(const QString& name, const QList<ArchiveEntry>& entries,

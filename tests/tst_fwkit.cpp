@@ -216,8 +216,8 @@ private slots:
             "");
         row("list certificates", {"list", "@/b.zip"}, 0,
             "x      2     -                     missing\n"
-            "y      1     1 (and a line break)  different\n"
-            "y.ver  2     -                     missing\n"
+            "y      1     1 (and another line)  different\n"
+            "y.ver  3     -                     missing\n"
             "z      1     -                     damaged\n",
             "");
         row("list names", {"list", "--quiet", "@/b.zip"}, 0, "x\ny\ny.ver\nz\n", "");
@@ -245,7 +245,7 @@ private slots:
         testdata::WriteCatalogue(folder.filePath("good.json"), {GoodDevice()});
         testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
         testdata::WriteZip(folder.filePath("b.zip"),
-                           {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n"}, {"z", "1"}});
+                           {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n2"}, {"z", "1"}});
         QByteArray zip = testdata::ReadFile(folder.filePath("b.zip"));
         zip[zip.lastIndexOf("PK\1\2") + 8] = '\1'; // its flags: encrypted
         testdata::WriteFile(folder.filePath("b.zip"), zip);

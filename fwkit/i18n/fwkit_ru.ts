@@ -1119,6 +1119,10 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <source>For the panel a &quot;\&quot; divides no folders but is a part of the name</source>
         <translation>Для панели «\» — не граница папок, а часть имени</translation>
     </message>
+    <message>
+        <source>%1 (and another line)</source>
+        <translation>%1 (и ещё одна строка)</translation>
+    </message>
 </context>
 <context>
     <name>QCommandLineParser</name>
