@@ -1123,6 +1123,10 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <source>%1 (and another line)</source>
         <translation>%1 (и ещё одна строка)</translation>
     </message>
+    <message>
+        <source>%1: the folder cannot be listed to its end (%2); copy its files to another disk</source>
+        <translation>%1: содержимое папки не читается до конца (%2); скопируйте её файлы на другой диск</translation>
+    </message>
 </context>
 <context>
     <name>QCommandLineParser</name>
