@@ -154,8 +154,8 @@ int Run(const QCommandLineParser& parser)
         throw UsageError(parser.value("catalogue") + QString(": IdDev %1: ").arg(device.IdDev) + error);
     if (!note.isEmpty())
         log.Line(note);
-    log.Line("ready: " + device.Name + QString(", %1 modules").arg(instrument.ModuleCount())
-             + QString(" on %1 addresses").arg(instrument.AddressCount()));
+    log.Line("ready: " + device.Name + QString(", modules: %1").arg(instrument.ModuleCount())
+             + QString(", addresses: %1").arg(instrument.AddressCount()));
     log.RequireWritten();
     QCoreApplication::exec();
     instrument.End();

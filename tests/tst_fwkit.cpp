@@ -188,15 +188,15 @@ private slots:
     {
         const Table<QStringList, int, QString, QString> row("arguments", "status", "out", "err");
         const QStringList good{"-c", "@/good.json", "@/a.zip"};
-        const QString served = "@/a.zip -> П (7): 2 of 3 modules served.\n";
+        const QString served = "@/a.zip -> П (7): modules served: 2 of 3.\n";
         row("verify", QStringList{"verify"} + good, 0, served, "");
         row("verify quietly", QStringList{"verify", "-q"} + good, 0, "", "");
         row("findings quietly", {"verify", "-q", "-c", "@/good.json", "@/b.zip"}, 1, "@/b.zip: x: No module", "");
-        row("faulty catalogue", {"verify", "-c", "@/updater.json", "@/a.zip"}, 0, "П (7): 2 of 6 modules served.\n",
+        row("faulty catalogue", {"verify", "-c", "@/updater.json", "@/a.zip"}, 0, "П (7): modules served: 2 of 6.\n",
             "fwkit verify: note: @/updater.json: The catalogue itself has findings: 3; see what \"fwkit check "
             "@/updater.json\" says\n");
         row("pack", {"pack", "-c", "@/good.json", "-d7", "-o", "@/c.zip", "@/in"}, 0,
-            "@/c.zip -> П (7): 1 of 3 modules served.\n", "");
+            "@/c.zip -> П (7): modules served: 1 of 3.\n", "");
         row("pack for a script", {"pack", "-j", "-c", "@/good.json", "-d7", "-o", "@/firmware/c.zip", "@/in"}, 0,
             "\"kind\": \"firmware-in-folder\"", "");
         row("certify for a script", {"certify", "-j", "@/in"}, 0, "\"result\": \"new\"", "");
@@ -212,7 +212,7 @@ private slots:
             "view/prog          4     1.5      matches\n"
             "view/prog.ver      3     -        matches\n"
             "view/lib/l.so      1     -        matches\n"
-            "\n@/a.zip: 4 of 4 files have a certificate that matches.\n",
+            "\n@/a.zip: files with a certificate that matches: 4 of 4.\n",
             "");
         row("list certificates", {"list", "@/b.zip"}, 0,
             "x      2     -                     missing\n"

@@ -328,7 +328,7 @@ private slots:
         if (word.isEmpty()) {
             QByteArray start;
             QTRY_VERIFY((start += process.readAllStandardOutput()).contains(" ready: "));
-            QVERIFY2(start.endsWith(" ready: X, 1 modules on 1 addresses\n"), start);
+            QVERIFY2(start.endsWith(" ready: X, modules: 1, addresses: 1\n"), start);
             QCOMPARE(start.contains("updater.json has findings: "), !board.contains("Main"));
             process.terminate();
             QVERIFY(process.waitForFinished());

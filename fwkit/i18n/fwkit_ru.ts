@@ -704,7 +704,7 @@
         <translation>среди указанного нет файлов для упаковки; укажите файлы или папки</translation>
     </message>
     <message>
-        <source>%1: %2 files with their certificates.
+        <source>%1: files with their certificates: %2.
 </source>
         <translation>%1: файлов с сертификатами: %2.
 </translation>
@@ -938,7 +938,7 @@ Verbs:
         <translation>нет такого файла или папки</translation>
     </message>
     <message>
-        <source>%1 of %2 modules served.</source>
+        <source>modules served: %1 of %2.</source>
         <translation>модулей обеспечено: %1 из %2.</translation>
     </message>
     <message>
@@ -954,7 +954,7 @@ Verbs:
         <translation>ВЕРСИЯ</translation>
     </message>
     <message>
-        <source>%1: %2 of %3 files have a certificate that matches.
+        <source>%1: files with a certificate that matches: %2 of %3.
 </source>
         <translation>%1: файлов с верным сертификатом: %2 из %3.
 </translation>
