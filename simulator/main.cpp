@@ -58,12 +58,12 @@ private:
     std::optional<UsageError> m_failure;
 };
 
-/// SIGINT and SIGTERM end the event loop, unless whoever started the program had it ignore them.
+/// SIGHUP, SIGINT and SIGTERM end the event loop, unless whoever started the program had it ignore them.
 void QuitOnSignals()
 {
     sigset_t signalsToRead;
     sigemptyset(&signalsToRead);
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
         struct sigaction present = {};
         if (sigaction(number, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
             sigaddset(&signalsToRead, number);
@@ -86,7 +86,7 @@ QString FaultHelp()
 void AddOptions(QCommandLineParser& parser)
 {
     parser.setApplicationDescription("Plays every firmware module of one device of the catalogue on its own "
-                                     "addresses. It ends on SIGINT or SIGTERM.");
+                                     "addresses. It ends on SIGHUP, SIGINT or SIGTERM.");
     parser.addOptions({
         {{"h", "help"}, "This text."},
         {{"V", "version"}, "The program's version."},
