@@ -48,7 +48,10 @@ QString VersionText(const QString& version)
 {
     static const QRegularExpression LineBreak("[\r\n]");
     const QString shown = version.section(LineBreak, 0, 0);
-    return shown == version ? version : Kit::tr("%1 (and a line break)").arg(shown);
+    if (shown == version)
+        return version;
+    return version.trimmed() == shown.trimmed() ? Kit::tr("%1 (and a line break)").arg(shown)
+                                                : Kit::tr("%1 (and another line)").arg(shown);
 }
 
 ArchiveFindings::ArchiveFindings(const QString& name, const QList<ArchiveEntry>& entries,
@@ -181,7 +184,9 @@ void ArchiveFindings::AboutVersion(const TDeviceRecord& device, const TBoardReco
             Kit::tr("add its version as the file %1.ver").arg(file.entry));
     else if (!overZero.valid || (!board.IsProgram() && file.version != WrittenVersion(file.entry, prefix)))
         Add("bad-version", file.entry, Kit::tr("The panel reads \"%1\" as its version").arg(VersionText(file.version)),
-            Kit::tr("write a version without \"_\", right in front of the extension or in the .ver file"));
+            board.IsProgram() ? Kit::tr("write the version into %1.ver").arg(file.entry)
+                              : Kit::tr("end the name with a version without \"_\" and one %1")
+                                    .arg(FilePattern(device, board).section('*', 1)));
     else if (!board.IsProgram() && !CanBeAnswered(file.version, board.IdCPU))
         Add("unanswerable-version", file.entry,
             Kit::tr("No board can answer the version \"%1\": the module \"%2\" gets the red cross after every update")

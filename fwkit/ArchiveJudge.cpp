@@ -5,6 +5,7 @@
 #include "Progress.h"
 #include "UsageError.h"
 #include "WorkFolder.h"
+#include "ZipFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -184,21 +185,20 @@ QList<Finding> AboutName(const QString& name)
     return findings;
 }
 
-} // namespace
-
-Judgement JudgeArchive(const QString& path, const QString& name, const Selection& selection, Progress& progress)
+/// Judges the entries of an archive with what `fill` puts into an empty folder for them.
+Judgement Judge(const QList<ArchiveEntry>& entries, const QString& name, const Selection& selection, Progress& progress,
+                const std::function<void(const QString& folder)>& fill)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable archive").arg(name, file.errorString()));
+    // It is empty when TMPDIR names no folder, and the archive would be unpacked below "/".
+    if (QDir::tempPath().isEmpty())
+        throw UsageError(Kit::tr("TMPDIR: %1: no such folder; make it, or set TMPDIR to another one")
+                             .arg(qEnvironmentVariable("TMPDIR")));
     const WorkFolder temporary(QDir::tempPath() + "/fwkit-");
     const QString folder = temporary.FilePath("firmware");
     if (!temporary.ErrorString().isEmpty() || !QDir().mkdir(folder))
         throw UsageError(
             Kit::tr("%1: no folder can be made there to unpack in; set TMPDIR to one where files can be written")
                 .arg(QDir::tempPath()));
-    const FirmwareArchive archive(path);
-    const QList<ArchiveEntry>& entries = archive.Entries();
     Judgement judgement;
     if (entries.isEmpty()) {
         judgement.findings = {NothingInside(name)};
@@ -207,12 +207,61 @@ Judgement JudgeArchive(const QString& path, const QString& name, const Selection
         judgement.findings = {Refused(name, refused, !MayBeExtracted({refused}, folder))};
     } else {
         RequireRoom(entries, name, folder);
-        if (!Extract(archive, folder, progress))
-            throw UsageError(
-                Kit::tr("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there")
-                    .arg(name, QDir::tempPath()));
+        fill(folder);
         judgement = JudgeExtracted(entries, folder, name, selection, progress);
     }
     judgement.findings = AboutName(name) + judgement.findings;
     return judgement;
+}
+
+[[noreturn]] void FailToFill(const QString& name)
+{
+    throw UsageError(Kit::tr("%1: cannot be unpacked in %2 (no room, or a name too long for a file); make room there")
+                         .arg(name, QDir::tempPath()));
+}
+
+/// Puts a link to the item's source, or a file with its content, where it would be unpacked.
+bool PutInPlace(const ZipItem& item, const QString& folder)
+{
+    const QString path = folder + '/' + item.name;
+    if (!QDir().mkpath(QFileInfo(path).path()))
+        return false;
+    if (!item.source.isEmpty())
+        return QFile::link(QFileInfo(item.source).absoluteFilePath(), path);
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(item.content) == item.content.size();
+}
+
+} // namespace
+
+Judgement JudgeArchive(const QString& path, const QString& name, const Selection& selection, Progress& progress)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw UsageError(Kit::tr("%1: cannot be read (%2); name a readable archive").arg(name, file.errorString()));
+    const FirmwareArchive archive(path);
+    return Judge(archive.Entries(), name, selection, progress, [&](const QString& folder) {
+        if (!Extract(archive, folder, progress))
+            FailToFill(name);
+    });
+}
+
+Judgement JudgeItems(const QList<ZipItem>& items, const QString& name, const Selection& selection, Progress& progress)
+{
+    QList<ArchiveEntry> entries;
+    for (const ZipItem& item : items) {
+        ArchiveEntry entry;
+        entry.path = item.name;
+        entry.claim.name = item.name.toUtf8();
+        entry.isFile = true;
+        entry.size = item.source.isEmpty() ? item.content.size() : QFileInfo(item.source).size();
+        entries.append(entry);
+    }
+    return Judge(entries, name, selection, progress, [&](const QString& folder) {
+        for (const ZipItem& item : items) {
+            Interruption::Check();
+            if (!PutInPlace(item, folder))
+                FailToFill(name);
+        }
+    });
 }

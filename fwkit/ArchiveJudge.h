@@ -10,6 +10,7 @@
 #include <optional>
 
 class Progress;
+struct ZipItem;
 
 /// What the panel would do with an archive, for one module.
 struct ModuleReport
@@ -50,3 +51,5 @@ inline constexpr char DisplayedExtractionFolder[] = "/tmp/firmware";
 /// device would, and removes the folder. `name` is the archive's name in findings. Throws UsageError when the archive
 /// cannot be read or the folder not be written, Interrupted when a signal has come.
 Judgement JudgeArchive(const QString& path, const QString& name, const Selection& selection, Progress& progress);
+/// Does the same with an archive that is yet to be made of `items`; links stand for the unpacked files.
+Judgement JudgeItems(const QList<ZipItem>& items, const QString& name, const Selection& selection, Progress& progress);

@@ -108,6 +108,8 @@ public:
 
     void Add(const InputFiles::LeftOut& left)
     {
+        if (left.why == InputFiles::Why::OddBytes)
+            return Add(Finding{"odd-name", left.path, {}, Reason(left.why), Kit::tr("rename it")});
         m_leftOut.append(JsonOf(left));
         Show(LineOf(left) + '\n');
     }
@@ -120,9 +122,12 @@ public:
             Show(Printable(file) + ": " + Kit::tr(WordOf(result)) + '\n');
             return;
         }
-        m_findings.append(JsonOf(*finding));
-        if (!m_isJson)
-            Warn("certify", LineOf(*finding));
+        Add(*finding);
+    }
+    void Add(const UsageError& error)
+    {
+        m_isMisused = true;
+        Warn("certify", error.Text());
     }
     Status Close() const
     {
@@ -131,10 +136,16 @@ public:
                       QString::number(m_counts[Certified::Replaced]), QString::number(m_findings.size())));
         if (m_isJson)
             Print(JsonText({{"files", m_files}, {"leftOut", m_leftOut}, {"findings", m_findings}}));
-        return m_findings.isEmpty() ? Fine : HasFindings;
+        return m_isMisused ? IsMisused : m_findings.isEmpty() ? Fine : HasFindings;
     }
 
 private:
+    void Add(const Finding& finding)
+    {
+        m_findings.append(JsonOf(finding));
+        if (!m_isJson)
+            Warn("certify", LineOf(finding));
+    }
     void Show(const QString& text) const
     {
         if (!m_isJson && !m_isQuiet)
@@ -143,6 +154,7 @@ private:
 
     bool m_isJson;
     bool m_isQuiet;
+    bool m_isMisused = false;
     QHash<Certified, int> m_counts;
     QJsonArray m_files;
     QJsonArray m_leftOut;
@@ -164,9 +176,15 @@ Status Run(const QCommandLineParser& parser)
         Progress progress(!parser.isSet("quiet"));
         for (qsizetype i = 0; i < input.files.size(); ++i) {
             progress.Show(Kit::tr("Certifying"), i, input.files.size());
-            const Certified result = CertifyFile(input.files[i], mode);
-            progress.Wipe();
-            report.Add(input.files[i], result);
+            try {
+                const Certified result = CertifyFile(input.files[i], mode);
+                progress.Wipe();
+                report.Add(input.files[i], result);
+            } catch (const UsageError& error) {
+                // The remaining files still get their certificates.
+                progress.Wipe();
+                report.Add(error);
+            }
         }
     }
     const Status status = report.Close();

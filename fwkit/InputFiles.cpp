@@ -33,17 +33,22 @@ std::optional<InputFiles::Why> WhyNot(const QFileInfo& info, const QString& root
     return std::nullopt;
 }
 
-/// Entries of `folder` that Qt does not list because their names are no UTF-8.
+/// Entries of `folder` that Qt does not list because their names are no UTF-8. Throws UsageError when the list ends
+/// with an error, which Qt would not report either.
 QList<InputFiles::LeftOut> OddNames(const QString& folder)
 {
     QList<InputFiles::LeftOut> odd;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(QFile::encodeName(folder).toStdString(), error)) {
+    std::filesystem::directory_iterator entry(QFile::encodeName(folder).toStdString(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         QStringDecoder utf8(QStringDecoder::Utf8);
-        const QString name = utf8(QByteArray::fromStdString(entry.path().filename().string()));
+        const QString name = utf8(QByteArray::fromStdString(entry->path().filename().string()));
         if (utf8.hasError())
             odd.append({folder + '/' + name, InputFiles::Why::OddBytes});
     }
+    if (error)
+        throw UsageError(Kit::tr("%1: the folder cannot be listed to its end (%2); copy its files to another disk")
+                             .arg(folder, qt_error_string(error.value())));
     return odd;
 }
 

@@ -100,7 +100,7 @@ QString ServedLines(const Judgement& judgement, const QString& archive)
     QString text;
     for (const DeviceReport& device : judgement.devices)
         text += Heading(device, archive) + ": "
-                + Kit::tr("%1 of %2 modules served.")
+                + Kit::tr("modules served: %1 of %2.")
                       .arg(QString::number(Served(device)), QString::number(device.modules.size()))
                 + '\n';
     return text;

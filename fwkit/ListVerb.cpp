@@ -35,7 +35,7 @@ QString AsText(const QList<ListedFile>& files, const QString& archive)
     const auto matching = std::count_if(
         files.begin(), files.end(), [](const ListedFile& file) { return file.certificate == Certificate::Matches; });
     return TableOf(rows) + '\n'
-           + Kit::tr("%1: %2 of %3 files have a certificate that matches.\n")
+           + Kit::tr("%1: files with a certificate that matches: %2 of %3.\n")
                  .arg(Printable(archive), QString::number(matching), QString::number(files.size()));
 }
 

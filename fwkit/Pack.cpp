@@ -58,6 +58,7 @@ QList<ZipItem> Items(const QList<PackFile>& files, QList<Finding>& findings, Pro
 {
     QList<ZipItem> items;
     for (qsizetype i = 0; i < files.size(); ++i) {
+        Interruption::Check();
         progress.Show(Kit::tr("Certifying"), i, files.size());
         const QByteArray digest = Digest(files[i]);
         findings += AboutOldCertificate(files[i], digest);
@@ -100,13 +101,17 @@ PackResult Pack(const PackOrder& order, Progress& progress)
     RequireFree(order, target);
     PackPlan plan = PlanPack(order.inputs, order.selection.devices, target);
     PackResult result{plan.findings, {}, plan.files.size(), plan.leftOut};
-    const QList<ZipItem> items = Items(plan.files, result.findings, progress);
-    if (!result.findings.isEmpty())
-        return result;
     const WorkFolder beside(QFileInfo(target).path() + "/.fwkit-");
     if (!beside.ErrorString().isEmpty())
         throw UsageError(Kit::tr("%1: its folder takes no files (%2); choose another --output")
                              .arg(order.output, beside.ErrorString()));
+    const QList<ZipItem> items = Items(plan.files, result.findings, progress);
+    // Packing takes long: what is wrong is said before, and all of it at once.
+    if (!items.isEmpty())
+        result.judgement = JudgeItems(items, order.output, order.selection, progress);
+    result.findings += OfSources(result.judgement.findings, plan.files);
+    if (!result.findings.isEmpty())
+        return result;
     const QString written = beside.FilePath("archive.zip");
     WriteZipFile(written, order.output, items, progress);
     result.judgement = JudgeArchive(written, order.output, order.selection, progress);

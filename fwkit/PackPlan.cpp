@@ -105,7 +105,8 @@ public:
                 "too-large", file,
                 Kit::tr("The panel unpacks no file over %1 bytes").arg(QString::number(FirmwareArchive::LargestEntry)),
                 Kit::tr("make it smaller"));
-        else if (there == m_sources.cend())
+        // Also with a finding: without it files that belong to it would seem to be nobody's.
+        if (there == m_sources.cend())
             m_plan.files.append(file);
         m_sources.insert(file.entry, QFileInfo(input.path).canonicalFilePath());
         m_size += QFileInfo(input.path).size();

@@ -54,7 +54,7 @@ void WarnOf(const PackResult& result, bool isQuiet)
 QString AsText(const PackResult& result, const PackOrder& order)
 {
     return TextOf(result.judgement, order.output)
-           + Kit::tr("%1: %2 files with their certificates.\n")
+           + Kit::tr("%1: files with their certificates: %2.\n")
                  .arg(Printable(order.output), QString::number(result.fileCount))
            + ServedLines(result.judgement, order.output);
 }

@@ -1,5 +1,10 @@
 #include "Spelling.h"
 
+#include "Kit.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <utility>
 
@@ -39,4 +44,16 @@ QString Nearest(const QString& text, const QStringList& candidates)
         nearest = candidate;
     }
     return nearest;
+}
+
+QString WhyNotParsed(const QCommandLineParser& parser, const QString& help)
+{
+    // The parser lists its options in its help only.
+    static const QRegularExpression Option("^  (?:-\\w, )?--(\\w+)", QRegularExpression::MultilineOption);
+    QStringList known;
+    for (const QRegularExpressionMatch& match : Option.globalMatch(parser.helpText()))
+        known.append(match.captured(1));
+    const QString nearest = Nearest(parser.unknownOptionNames().value(0), known);
+    return parser.errorText() + ' '
+           + (nearest.isEmpty() ? Kit::tr("See %1.").arg(help) : Kit::tr("Did you mean --%1?").arg(nearest));
 }

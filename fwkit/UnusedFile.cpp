@@ -35,10 +35,11 @@ std::optional<Unused> AboutDots(const QString& entry, const Module& module)
                   Kit::tr("change Folder and File in the catalogue")};
 }
 
-/// The file name that `module` takes, when `entry` differs from it at most in upper and lower case; otherwise empty.
+/// The file name that `module` takes, when `entry` differs from it at most in upper and lower case and in spaces at its
+/// ends; otherwise empty.
 QString NameInRightCase(const QString& entry, const Module& module)
 {
-    const QString name = FileNameOf(entry);
+    const QString name = FileNameOf(entry).trimmed();
     if (module.board.IsProgram())
         return name.compare(module.board.File, Qt::CaseInsensitive) == 0 ? module.board.File : QString();
     const qsizetype at = name.indexOf(module.Prefix(), 0, Qt::CaseInsensitive);
@@ -53,9 +54,10 @@ std::optional<Unused> AboutCase(const QString& entry, const Module& module)
     const QString name = NameInRightCase(entry, module);
     if (name.isEmpty() || name == FileNameOf(entry))
         return std::nullopt;
-    return Unused{"wrong-case",
-                  Kit::tr("The module \"%1\" does not take it: upper and lower case count").arg(module.board.Name),
-                  Kit::tr("rename it to %1").arg(name)};
+    return Unused{
+        "wrong-case",
+        Kit::tr("The module \"%1\" does not take it: upper and lower case and spaces count").arg(module.board.Name),
+        Kit::tr("rename it to %1").arg(name)};
 }
 
 std::optional<Unused> AboutKind(const QString& entry, const Module& module)
@@ -73,14 +75,22 @@ std::optional<Unused> AboutKind(const QString& entry, const Module& module)
 /// Whether the file is meant for `module`, of a device that is not selected.
 std::optional<Unused> AboutOther(const QString& entry, const Module& module)
 {
-    const bool isMeant = module.board.IsProgram() ? FileNameOf(entry) == module.board.File
-                                                  : EntryFits(entry, module.Prefix(), module.board);
+    const bool isMeant = module.board.IsProgram() ? !NameInRightCase(entry, module).isEmpty()
+                                                  : entry.contains(module.Prefix(), Qt::CaseInsensitive);
     if (!isMeant)
         return std::nullopt;
     return Unused{"other-device",
                   Kit::tr("It is for another device, \"%1\" (IdDev %2)")
                       .arg(module.device.Name, QString::number(module.device.IdDev)),
                   Kit::tr("leave it out, or choose that device with --device")};
+}
+
+std::optional<Unused> AboutBackslash(const QString& entry, const Module&)
+{
+    if (!entry.contains('\\'))
+        return std::nullopt;
+    return Unused{"odd-name", Kit::tr("For the panel a \"\\\" divides no folders but is a part of the name"),
+                  Kit::tr("pack the archive anew with fwkit pack")};
 }
 
 Unused AboutNobodys(const QList<Module>& modules)
@@ -105,7 +115,7 @@ std::optional<Unused> WhyUnused(const QString& entry, const Selection& selection
         if (EntryFits(entry, module.Prefix(), module.board))
             return std::nullopt;
     }
-    for (const auto about : {AboutDots, AboutCase, AboutKind}) {
+    for (const auto about : {AboutDots, AboutCase, AboutKind, AboutBackslash}) {
         for (const Module& module : modules) {
             if (const auto unused = about(entry, module))
                 return unused;

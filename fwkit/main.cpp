@@ -70,7 +70,7 @@ Status RunVerb(const Verb& verb, const QStringList& arguments)
     QCommandLineParser parser;
     AddOptions(verb, parser);
     if (!parser.parse(arguments))
-        throw UsageError(Kit::tr("%1 See fwkit %2 --help.").arg(parser.errorText(), verb.name));
+        throw UsageError(WhyNotParsed(parser, "fwkit " + verb.name + " --help"));
     if (parser.isSet("help")) {
         Print(VerbHelp(verb));
         return Fine;
@@ -99,12 +99,19 @@ std::optional<Verb> FindVerb(const QString& name)
                                        : Kit::tr("%1: no such verb; did you mean %2?").arg(name, nearest));
 }
 
+bool AsksForHelp(const QString& name)
+{
+    return name == "help" || name == "--help" || name == "-h";
+}
+
 /// `arguments`: the program's name, then what follows the verb, as QCommandLineParser expects it.
 Status Help(const QStringList& arguments)
 {
     const QString name = arguments.value(1);
+    if (arguments.size() > 2)
+        throw UsageError(Kit::tr("help tells of one verb; name one"));
     const std::optional<Verb> verb = FindVerb(name);
-    if (!verb && !name.isEmpty())
+    if (!verb && !name.isEmpty() && !AsksForHelp(name))
         RefuseVerb(name);
     Print(verb ? VerbHelp(*verb) : ProgramHelp());
     return Fine;
@@ -115,7 +122,7 @@ Status Run(const QString& name, const QStringList& arguments)
 {
     if (const std::optional<Verb> verb = FindVerb(name))
         return RunVerb(*verb, arguments);
-    if (name == "help" || name == "--help" || name == "-h")
+    if (AsksForHelp(name))
         return Help(arguments);
     if (name != "--version" && name != "-V")
         RefuseVerb(name);
@@ -143,7 +150,7 @@ void RefuseUnreadable(int count, char* arguments[])
         QStringDecoder utf8(QStringDecoder::Utf8);
         const QString text = utf8(arguments[i]);
         if (utf8.hasError())
-            throw UsageError(Kit::tr("%1: this name is no UTF-8, and archives hold no other; rename it").arg(text));
+            throw UsageError(Kit::tr("%1: this name is no UTF-8, and fwkit opens no other; rename it").arg(text));
     }
 }
 

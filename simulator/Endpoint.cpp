@@ -272,7 +272,7 @@ void Endpoint::Save(int address, const Processor& processor)
     if (file.open(QIODevice::WriteOnly) && WriteAndCommit(file, processor.image))
         Log(address, "image saved as " + file.fileName() + former);
     else
-        Log(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); is the disk full?");
+        Log(address, "image NOT saved as " + file.fileName() + " (" + file.errorString() + "); make room for it there");
 }
 
 void Endpoint::ListenAgain()

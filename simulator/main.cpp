@@ -2,6 +2,7 @@
 #include "Catalogue.h"
 #include "Instrument.h"
 #include "Report.h"
+#include "Spelling.h"
 #include "UsageError.h"
 
 #include <QCommandLineParser>
@@ -57,12 +58,12 @@ private:
     std::optional<UsageError> m_failure;
 };
 
-/// SIGINT and SIGTERM end the event loop, unless whoever started the program had it ignore them.
+/// SIGHUP, SIGINT and SIGTERM end the event loop, unless whoever started the program had it ignore them.
 void QuitOnSignals()
 {
     sigset_t signalsToRead;
     sigemptyset(&signalsToRead);
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
         struct sigaction present = {};
         if (sigaction(number, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
             sigaddset(&signalsToRead, number);
@@ -85,10 +86,10 @@ QString FaultHelp()
 void AddOptions(QCommandLineParser& parser)
 {
     parser.setApplicationDescription("Plays every firmware module of one device of the catalogue on its own "
-                                     "addresses. It ends on SIGINT or SIGTERM.");
+                                     "addresses. It ends on SIGHUP, SIGINT or SIGTERM.");
     parser.addOptions({
         {{"h", "help"}, "This text."},
-        {"version", "The program's version."},
+        {{"V", "version"}, "The program's version."},
         {{"c", "catalogue"}, "The device catalogue.", "updater.json"},
         {{"d", "device"}, "The device's IdDev in the catalogue. Default: the first device.", "ID"},
         {"serial", "Serial number: ASCII without space and \";\". Default 000001.", "TEXT", "000001"},
@@ -153,8 +154,8 @@ int Run(const QCommandLineParser& parser)
         throw UsageError(parser.value("catalogue") + QString(": IdDev %1: ").arg(device.IdDev) + error);
     if (!note.isEmpty())
         log.Line(note);
-    log.Line("ready: " + device.Name + QString(", %1 modules").arg(instrument.ModuleCount())
-             + QString(" on %1 addresses").arg(instrument.AddressCount()));
+    log.Line("ready: " + device.Name + QString(", modules: %1").arg(instrument.ModuleCount())
+             + QString(", addresses: %1").arg(instrument.AddressCount()));
     log.RequireWritten();
     QCoreApplication::exec();
     instrument.End();
@@ -173,7 +174,7 @@ int main(int argc, char* argv[])
     std::signal(SIGPIPE, SIG_IGN);
     try {
         if (!parser.parse(QCoreApplication::arguments()))
-            throw UsageError(parser.errorText() + " See --help.");
+            throw UsageError(WhyNotParsed(parser, "--help"));
         if (!parser.isSet("help") && !parser.isSet("version"))
             return Run(parser);
         Write(parser.isSet("help") ? parser.helpText() : "instrument-simulator " SIMULATOR_VERSION "\n");

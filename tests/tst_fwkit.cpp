@@ -78,6 +78,8 @@ private slots:
         row("wrong case of the kind", certified({{"fw_7_1_0_v2.BIN", "x"}}), {"wrong-case fw_7_1_0_v2.BIN"}, {},
             "a.zip");
         row("nobody's", certified({{"readme.txt", "x"}}), {"nobody readme.txt"}, {}, "a.zip");
+        row("folders of Windows", certified(Good() + testdata::Files{{"view\\l.so", "x"}}), {"odd-name view\\l.so"}, {},
+            "a.zip");
         row("certificates alone", {{"a.sha256/fw_7_1_0_v2.0.bin", "x"}, {"b.sha256", "x"}},
             {"never-looked-at a.sha256/fw_7_1_0_v2.0.bin", "never-looked-at b.sha256"}, {}, "a.zip");
         row("climbs out", {{"good", "1"}, {"../x", "2"}, {"y", "3"}}, {"refused ../x"}, {}, "a.zip");
@@ -123,6 +125,9 @@ private slots:
                                  {testdata::Device("П", 7, {board, testdata::Program("П1", "view", "prog")}),
                                   testdata::Device("Р", 8, {board, testdata::Program("П2", "deep", "tool")})});
         WriteFiles(folder, {{"in/a/fw_8_1_0_v2.bin", "x"},
+                            {"in/Fw_8_1_0_v2.hex", "x"},
+                            {"in/fw_7_1_0_v2.bin.bin", "x"},
+                            {"in/fw_7_1_0_v3.bin ", "x"},
                             {"in/fw_7_1_0_v2.BIN", "x"},
                             {"in/fw_7_1_0_v2.hex", "x"},
                             {"in/fw_7_1_0_v2.rpd", "x"},
@@ -134,14 +139,18 @@ private slots:
         printed.remove("fwkit pack: " + folder.path() + "/in/").remove("The module \"Один\" ");
         const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
         const QString only = "has the name but takes fw_7_1_0_v*.bin only; ";
-        const QString rename = "does not take it: upper and lower case count; rename it to ";
+        const QString rename = "does not take it: upper and lower case and spaces count; rename it to ";
         const QString names = "fw_7_1_0_v*.bin (Один), view/prog (П1)";
-        QCOMPARE(printed.split('\n').filter(": "),
-                 QStringList({"fw_7_1_0_v2.BIN: " + rename + "fw_7_1_0_v2.bin",
-                              "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
-                              "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
-                              "a/fw_8_1_0_v2.bin: " + other + "--device", "tool: " + other + "--device",
-                              "view.txt: No module takes it; leave it out, or give it one of these names: " + names}));
+        QCOMPARE(
+            printed.split('\n').filter(": "),
+            QStringList({"fw_7_1_0_v2.bin.bin: The panel reads \"2\" as its version; end the name with a version "
+                         "without \"_\" and one .bin",
+                         "Fw_8_1_0_v2.hex: " + other + "--device", "fw_7_1_0_v2.BIN: " + rename + "fw_7_1_0_v2.bin",
+                         "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
+                         "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
+                         "fw_7_1_0_v3.bin : " + rename + "fw_7_1_0_v3.bin", "a/fw_8_1_0_v2.bin: " + other + "--device",
+                         "tool: " + other + "--device",
+                         "view.txt: No module takes it; leave it out, or give it one of these names: " + names}));
     }
 
     void VerifyForPeople_data()
@@ -179,19 +188,21 @@ private slots:
     {
         const Table<QStringList, int, QString, QString> row("arguments", "status", "out", "err");
         const QStringList good{"-c", "@/good.json", "@/a.zip"};
-        const QString served = "@/a.zip -> П (7): 2 of 3 modules served.\n";
+        const QString served = "@/a.zip -> П (7): modules served: 2 of 3.\n";
         row("verify", QStringList{"verify"} + good, 0, served, "");
         row("verify quietly", QStringList{"verify", "-q"} + good, 0, "", "");
         row("findings quietly", {"verify", "-q", "-c", "@/good.json", "@/b.zip"}, 1, "@/b.zip: x: No module", "");
-        row("faulty catalogue", {"verify", "-c", "@/updater.json", "@/a.zip"}, 0, "П (7): 2 of 6 modules served.\n",
+        row("faulty catalogue", {"verify", "-c", "@/updater.json", "@/a.zip"}, 0, "П (7): modules served: 2 of 6.\n",
             "fwkit verify: note: @/updater.json: The catalogue itself has findings: 3; see what \"fwkit check "
             "@/updater.json\" says\n");
         row("pack", {"pack", "-c", "@/good.json", "-d7", "-o", "@/c.zip", "@/in"}, 0,
-            "@/c.zip -> П (7): 1 of 3 modules served.\n", "");
+            "@/c.zip -> П (7): modules served: 1 of 3.\n", "");
         row("pack for a script", {"pack", "-j", "-c", "@/good.json", "-d7", "-o", "@/firmware/c.zip", "@/in"}, 0,
             "\"kind\": \"firmware-in-folder\"", "");
         row("certify for a script", {"certify", "-j", "@/in"}, 0, "\"result\": \"new\"", "");
         row("certify finds for a script", {"certify", "-j", "@/firmware"}, 1, "\"kind\": \"empty-file\"", "");
+        row("certify goes on", {"certify", "/proc/self/mem", "@/in"}, 2, "@/in/fw_7_1_0_v2.0.bin: new",
+            "fwkit certify: /proc/self/mem: cannot be read to its end");
         row("certify quietly", {"certify", "-q", "@/in"}, 0, "", "");
         row("certify finds quietly", {"certify", "-q", "@/in", "@/firmware"}, 1, "",
             "certify: @/firmware/x: It is empty");
@@ -201,12 +212,12 @@ private slots:
             "view/prog          4     1.5      matches\n"
             "view/prog.ver      3     -        matches\n"
             "view/lib/l.so      1     -        matches\n"
-            "\n@/a.zip: 4 of 4 files have a certificate that matches.\n",
+            "\n@/a.zip: files with a certificate that matches: 4 of 4.\n",
             "");
         row("list certificates", {"list", "@/b.zip"}, 0,
             "x      2     -                     missing\n"
-            "y      1     1 (and a line break)  different\n"
-            "y.ver  2     -                     missing\n"
+            "y      1     1 (and another line)  different\n"
+            "y.ver  3     -                     missing\n"
             "z      1     -                     damaged\n",
             "");
         row("list names", {"list", "--quiet", "@/b.zip"}, 0, "x\ny\ny.ver\nz\n", "");
@@ -218,6 +229,9 @@ private slots:
         row("check goes on", {"check", "@/x.json", "@/good.json"}, 2, "@/good.json: fine, devices: 1, modules: 3\n",
             "fwkit check: @/x.json: cannot be read");
         row("help", {"help", "list"}, 0, "Exit status: 0 fine, 1 findings, 2 misuse", "");
+        row("help on help", {"help", "help"}, 0, "Usage: fwkit VERB", "");
+        row("misspelt option", {"pack", "--outptu=x"}, 2, "", "Unknown option 'outptu'. Did you mean --output?");
+        row("help on two verbs", {"help", "pack", "verify"}, 2, "", "name one");
         row("version", {"-V"}, 0, "fwkit 1.", "");
     }
     void Answers()
@@ -231,7 +245,7 @@ private slots:
         testdata::WriteCatalogue(folder.filePath("good.json"), {GoodDevice()});
         testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
         testdata::WriteZip(folder.filePath("b.zip"),
-                           {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n"}, {"z", "1"}});
+                           {{"x", "11"}, {"y", "1"}, {"y.sha256", "2"}, {"y.ver", "1\n2"}, {"z", "1"}});
         QByteArray zip = testdata::ReadFile(folder.filePath("b.zip"));
         zip[zip.lastIndexOf("PK\1\2") + 8] = '\1'; // its flags: encrypted
         testdata::WriteFile(folder.filePath("b.zip"), zip);
@@ -267,6 +281,22 @@ private slots:
                     QFINDTESTDATA("../fwkit/fwkit.bash-completion"), line});
         QVERIFY(bash.waitForFinished());
         QTEST(QString(bash.readAllStandardOutput()), "offered");
+    }
+
+    void NoTemporaryFolder()
+    {
+        const QTemporaryDir folder;
+        WriteCatalogue(folder);
+        testdata::WriteZip(folder.filePath("a.zip"), testdata::WithCertificates(Good()));
+        QProcessEnvironment environment = MakersEnvironment(folder, "C.UTF-8");
+        environment.insert("TMPDIR", folder.filePath("x"));
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(FWKIT_PROGRAM, {"verify", "-qc", folder.filePath("updater.json"), folder.filePath("a.zip")});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 2);
+        const QString line = "fwkit verify: TMPDIR: " + folder.filePath("x") + ": no such folder; ";
+        QVERIFY(QString(process.readAllStandardError()).startsWith(line));
     }
 
     void ManyEntries()

@@ -76,10 +76,6 @@
         <translation>Панель читает его версию как «%1»</translation>
     </message>
     <message>
-        <source>write a version without &quot;_&quot;, right in front of the extension or in the .ver file</source>
-        <translation>напишите версию без «_», прямо перед расширением или в файле .ver</translation>
-    </message>
-    <message>
         <source>The version %1 counts as no more than 0: the panel marks the module &quot;%2&quot; by itself over no version that is a number</source>
         <translation>Версия %1 считается не больше 0: панель сама не отметит модуль «%2» ни при какой версии-числе</translation>
     </message>
@@ -708,7 +704,7 @@
         <translation>среди указанного нет файлов для упаковки; укажите файлы или папки</translation>
     </message>
     <message>
-        <source>%1: %2 files with their certificates.
+        <source>%1: files with their certificates: %2.
 </source>
         <translation>%1: файлов с сертификатами: %2.
 </translation>
@@ -770,10 +766,6 @@ Verbs:
     <message>
         <source>This text.</source>
         <translation>Эта справка.</translation>
-    </message>
-    <message>
-        <source>%1 See fwkit %2 --help.</source>
-        <translation>%1 См. fwkit %2 --help.</translation>
     </message>
     <message>
         <source>no verb; see fwkit --help</source>
@@ -946,7 +938,7 @@ Verbs:
         <translation>нет такого файла или папки</translation>
     </message>
     <message>
-        <source>%1 of %2 modules served.</source>
+        <source>modules served: %1 of %2.</source>
         <translation>модулей обеспечено: %1 из %2.</translation>
     </message>
     <message>
@@ -962,7 +954,7 @@ Verbs:
         <translation>ВЕРСИЯ</translation>
     </message>
     <message>
-        <source>%1: %2 of %3 files have a certificate that matches.
+        <source>%1: files with a certificate that matches: %2 of %3.
 </source>
         <translation>%1: файлов с верным сертификатом: %2 из %3.
 </translation>
@@ -1036,10 +1028,6 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <translation>%1: нет такого действия; может быть, %2?</translation>
     </message>
     <message>
-        <source>%1: this name is no UTF-8, and archives hold no other; rename it</source>
-        <translation>%1: имя не в UTF-8, а других в архивах нет; переименуйте</translation>
-    </message>
-    <message>
         <source>the report cannot be written to standard output; make room where that goes</source>
         <translation>отчёт не записывается в стандартный вывод; освободите место там, куда он идёт</translation>
     </message>
@@ -1076,10 +1064,6 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
         <translation>запишите %1.ver без него: так делает printf, но не echo</translation>
     </message>
     <message>
-        <source>The module &quot;%1&quot; does not take it: upper and lower case count</source>
-        <translation>Модуль «%1» его не берёт: заглавные и строчные буквы различаются</translation>
-    </message>
-    <message>
         <source>rename it to %1</source>
         <translation>переименуйте в %1</translation>
     </message>
@@ -1098,6 +1082,50 @@ fwkit help ДЕЙСТВИЕ расскажет больше; fwkit --version —
     <message>
         <source>leave it out, or give it one of these names: %1</source>
         <translation>уберите его или дайте ему одно из этих имён: %1</translation>
+    </message>
+    <message>
+        <source>TMPDIR: %1: no such folder; make it, or set TMPDIR to another one</source>
+        <translation>TMPDIR: %1: такой папки нет; создайте её или укажите в TMPDIR другую</translation>
+    </message>
+    <message>
+        <source>%1: this name is no UTF-8, and fwkit opens no other; rename it</source>
+        <translation>%1: имя не в UTF-8, а других fwkit не открывает; переименуйте</translation>
+    </message>
+    <message>
+        <source>See %1.</source>
+        <translation>См. %1.</translation>
+    </message>
+    <message>
+        <source>Did you mean --%1?</source>
+        <translation>Может быть, --%1?</translation>
+    </message>
+    <message>
+        <source>help tells of one verb; name one</source>
+        <translation>справка даётся об одном действии; назовите одно</translation>
+    </message>
+    <message>
+        <source>write the version into %1.ver</source>
+        <translation>запишите версию в %1.ver</translation>
+    </message>
+    <message>
+        <source>end the name with a version without &quot;_&quot; and one %1</source>
+        <translation>закончите имя версией без «_» и одним %1</translation>
+    </message>
+    <message>
+        <source>The module &quot;%1&quot; does not take it: upper and lower case and spaces count</source>
+        <translation>Модуль «%1» его не берёт: регистр букв и пробелы важны</translation>
+    </message>
+    <message>
+        <source>For the panel a &quot;\&quot; divides no folders but is a part of the name</source>
+        <translation>Для панели «\» — не граница папок, а часть имени</translation>
+    </message>
+    <message>
+        <source>%1 (and another line)</source>
+        <translation>%1 (и ещё одна строка)</translation>
+    </message>
+    <message>
+        <source>%1: the folder cannot be listed to its end (%2); copy its files to another disk</source>
+        <translation>%1: содержимое папки не читается до конца (%2); скопируйте её файлы на другой диск</translation>
     </message>
 </context>
 <context>
