@@ -140,11 +140,11 @@ private slots:
         const QString other = "It is for another device, \"Р\" (IdDev 8); leave it out, or choose that device with ";
         const QString only = "has the name but takes fw_7_1_0_v*.bin only; ";
         const QString rename = "does not take it: upper and lower case and spaces count; rename it to ";
+        const QString read = "The panel reads \"2\" as its version; ";
         const QString names = "fw_7_1_0_v*.bin (Один), view/prog (П1)";
         QCOMPARE(
             printed.split('\n').filter(": "),
-            QStringList({"fw_7_1_0_v2.bin.bin: The panel reads \"2\" as its version; end the name with a version "
-                         "without \"_\" and one .bin",
+            QStringList({"fw_7_1_0_v2.bin.bin: " + read + "end the name with a version without \"_\" and one .bin",
                          "Fw_8_1_0_v2.hex: " + other + "--device", "fw_7_1_0_v2.BIN: " + rename + "fw_7_1_0_v2.bin",
                          "fw_7_1_0_v2.hex: " + only + "give the image itself, with the extension .bin",
                          "fw_7_1_0_v2.rpd: " + only + "build the image for this processor",
