@@ -2,6 +2,7 @@
 
 #include "AppConfig.h"
 #include "FirmwareFiles.h"
+#include "UpdateRecord.h"
 #include "ui_MainWindow.h"
 
 #include <QHash>
@@ -50,7 +51,14 @@ protected:
 private:
     /// Of status icons and row buttons: the largest that a row holds, to be read at arm's length.
     static constexpr QSize RowIconSize{24, 24};
-    enum class ModuleResult { Succeeded, Skipped, Failed, FailedAndLast };
+    static constexpr char ProgramVersion[] = "1.38";
+    /// What asking a module for its version came to.
+    struct VersionReading
+    {
+        bool answered = false;
+        bool isOffered = false; ///< the table has the same text in both columns now
+        QString version;        ///< empty when none was read
+    };
 
     // MainWindow.cpp: the table's cells and buttons, the busy state, closing; also closeEvent, onWriteBlock
     void SetUpTable();
@@ -81,10 +89,10 @@ private:
     void BuildRows();
     void BuildRow(int row);
     bool ReadRow(int row, bool announce, int reading);
-    /// A program module's version file is read, with the result true; a message box shows what is wrong with that file,
-    /// so other work may start in here too. Firmware: false when the board could not be asked or did not answer, or when
-    /// newer work has started meanwhile: the answer is then discarded.
-    bool ReadVersion(int row, bool compare);
+    /// A program module's version file is read, which counts as an answer; a message box shows what is wrong with that
+    /// file, so other work may start in here too. Firmware: not answered when the board could not be asked or did not
+    /// answer, or when newer work has started meanwhile: the answer is then discarded.
+    VersionReading ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
     /// Sets the row's two buttons by its two versions. While busy it enables none.
     void CheckRow(int row);
@@ -105,9 +113,14 @@ private:
 
     // MainWindowUpdate.cpp: the run; also Update
     void BeginRun();
-    bool UpdateModules();
-    ModuleResult UpdateProgram(int row, const TBoardRecord& board, const QString& path);
-    ModuleResult UpdateFirmware(int row, const TBoardRecord& board, const QString& path);
+    void RecordStart(const QString& run);
+    bool IsToBeUpdated(int row) const;
+    /// `recorded` counts the modules that it recorded.
+    bool UpdateModules(const QString& run, int& recorded);
+    ModuleOutcome UpdateModule(int row, const QString& run);
+    /// Both complete the module's record, except for its outcome.
+    ModuleOutcome UpdateProgram(int row, const TBoardRecord& board, const QString& path, ModuleRecord& record);
+    ModuleOutcome UpdateFirmware(int row, const TBoardRecord& board, const QString& path, ModuleRecord& record);
     bool IsAccepted(int row, const QByteArray& sha256) const;
     bool WriteImage(int row, const TBoardRecord& board, TcpModbus& link, const QByteArray& image);
     bool WaitReboot(int board);
@@ -126,6 +139,8 @@ private:
     int m_rowsBuiltBy = 0;
     /// A reading is in progress. It leaves the controls enabled, so g_busy does not say it.
     bool m_isReading = false;
+    /// Serial number that the last search read; empty when it read none. g_deviceSerial may be an earlier search's.
+    QString m_serial;
     /// The device whose rows the table holds; -1 before the first reading.
     int m_tableDevice = -1;
     /// What a row's versions allowed before they were read anew: a mark stays through a reading that changes nothing.
