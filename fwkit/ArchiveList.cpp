@@ -82,7 +82,7 @@ private:
             return QString::fromUtf8(*text);
         const QString name = FileNameOf(entry.path);
         const QString version = VersionInName(name);
-        return name.startsWith("fw_") && version != "BAD" ? version : QString();
+        return name.startsWith("fw_") && version != NoVersionInName ? version : QString();
     }
 
     std::optional<Certificate> Judge(const ArchiveEntry& entry)

@@ -1,11 +1,14 @@
-// Every fault of the simulated instrument at every request of a full update: the run ends, and the message box reports
-// no success that the instrument does not have. The expected outcomes are read from the table in docs/reliability.md.
+// Every fault of the simulated instrument at every request of a full update: the run ends, the message box reports no
+// success that the instrument does not have, and the record says nothing else than the instrument. The expected
+// outcomes are read from the tables in docs/reliability.md.
 
+#include "RecordKeeper.h"
 #include "ScriptedBoard.h"
 #include "Table.h"
 #include "TimeLimits.h"
 #include "WindowFixture.h"
 
+#include <QCryptographicHash>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -50,7 +53,8 @@ QStringList g_log;
 
 void Keep(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    g_log.append((type == QtInfoMsg ? "info: " : "") + text);
+    const bool isRecord = text.startsWith("UpdateRecord ");
+    g_log.append((type == QtInfoMsg && !isRecord ? "info: " : "") + text);
 }
 
 QList<QStringList> ExpectationRows()
@@ -62,6 +66,18 @@ QList<QStringList> ExpectationRows()
             rows.append({cells[1].trimmed().remove('`'), cells[2].trimmed(), cells[3], cells[4], cells[5]});
     }
     return rows;
+}
+
+/// The names of outcomes in the record, by the letters that the page explains.
+QHash<QString, QString> RecordedNames()
+{
+    QHash<QString, QString> names{{"-", ""}};
+    for (const QString& line : QString(testdata::ReadFile(DOCS_FOLDER "/reliability.md")).split('\n')) {
+        const QStringList cells = line.split('|');
+        if (line.startsWith("| ") && cells.size() == 6 && cells[1].size() == 3)
+            names.insert(cells[1].trimmed(), cells[2].trimmed().remove('`'));
+    }
+    return names;
 }
 
 TDeviceRecord TwoBoards()
@@ -85,6 +101,29 @@ class SweepFaults : public QObject
     Q_OBJECT
 
     QMap<QString, int> m_counts;
+    QHash<QString, QString> m_recorded;
+
+    /// The record of the run that has just ended agrees with the page, with the window and with the instrument.
+    void CompareRecord(const QStringList& letters, const WindowFixture& fixture, Instrument& instrument, bool success)
+    {
+        const QList<QJsonObject> records = RecordsIn(g_log);
+        QString summary = "start ";
+        for (const QString& letter : letters)
+            summary += m_recorded[letter] + (m_recorded[letter].isEmpty() ? "" : " ");
+        QCOMPARE(Summary(records), summary + (success ? "success backup" : "failure"));
+        for (int row = 0; row < records.size() - 2; ++row) {
+            const QJsonObject& record = records[row + 1];
+            const QByteArray image = Images()[row * 2].second;
+            const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
+            const bool isUpdated = record["outcome"] == "updated";
+            const bool wasAsked = isUpdated || record["outcome"] == "another-version";
+            QCOMPARE(record["name"], fixture.Cell(row, 0));
+            QCOMPARE(record["sha256"], QString(sha256));
+            QCOMPARE(record["after"], wasAsked ? QJsonValue(fixture.Cell(row, 1)) : QJsonValue());
+            QCOMPARE(isUpdated, fixture.Status(row) == "ok");
+            QVERIFY(!isUpdated || (instrument.Image(row) == image && instrument.Version(row) == record["after"]));
+        }
+    }
 
 private slots:
     void initTestCase() { qInstallMessageHandler(Keep); }
@@ -102,6 +141,7 @@ private slots:
 
     void Cell_data()
     {
+        m_recorded = RecordedNames();
         const Table<QString, QString, QString> row("fault", "first", "second");
         // Under the sanitizers a run takes a few times as long: there only each n-th row is run.
         const int stride = std::max(1, qEnvironmentVariableIntValue("SWEEP_STRIDE"));
@@ -174,6 +214,9 @@ private slots:
             if (success && expected[row].icon == "ok")
                 QVERIFY(instrument.Image(row) == image && instrument.Version(row) == "2.0");
         }
+        CompareRecord({first, second}, fixture, instrument, success);
+        if (QTest::currentTestFailed())
+            return;
         // The client may repeat an unanswered request once, just before its time limit expires.
         if (!fault.endsWith("@always"))
             QVERIFY(instrument.RepetitionCount() <= 1);

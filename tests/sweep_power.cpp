@@ -3,6 +3,7 @@
 
 #include "Fwkit.h"
 #include "Instrument.h"
+#include "RecordKeeper.h"
 #include "RunGuard.h"
 #include "Table.h"
 
@@ -34,6 +35,11 @@ class SweepPower : public QObject
         environment.insert("UPDATER_UI_SCRIPT", STEPS_FOLDER "/" + steps);
         process.setProcessEnvironment(environment);
         process.start(folder + "/updater");
+    }
+
+    static QList<QJsonObject> RecordsOf(QProcess& process)
+    {
+        return RecordsIn(QString(process.readAllStandardError()).split('\n'));
     }
 
 private slots:
@@ -73,6 +79,8 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::Running, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(first.state(), QProcess::NotRunning, 60000);
         QCOMPARE(first.exitStatus(), QProcess::CrashExit);
+        // The first module's seven requests are done before the second one's.
+        QCOMPARE(Summary(RecordsOf(first)), request < FirstRequest + 7 ? "start" : "start updated");
         // A board restarts after the finish command.
         QTest::qWait(500);
         QString offered = "offered:";
@@ -83,8 +91,10 @@ private slots:
         Start(second, folder.path(), offered == "offered:" ? "nothing-to-update" : "update");
         QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::Running, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, 90000);
-        QVERIFY2(second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0,
-                 second.readAllStandardError().right(600));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        const QList<QJsonObject> records = RecordsOf(second);
+        QVERIFY2(second.exitCode() == 0, qPrintable(Summary(records)));
+        QCOMPARE(Summary(records).endsWith(" success backup"), offered != "offered:");
         QCOMPARE(QString(second.readAllStandardOutput()).trimmed(), offered);
         for (int row = 0; row < 2; ++row) {
             QCOMPARE(instrument.Image(row), files[row * 2].second);

@@ -3,6 +3,7 @@
 
 #include "AlertRecorder.h"
 #include "FirmwareArchive.h"
+#include "RecordKeeper.h"
 #include "ScriptedBoard.h"
 #include "Table.h"
 #include "TimeLimits.h"
@@ -193,6 +194,7 @@ private slots:
     {
         testdata::WriteFile(WindowFixture::Path("viewer"), OldProgram);
         testdata::WriteFile(WindowFixture::Path("viewer.ver"), "1.0");
+        const LogKeeper log;
         ScriptedBoard one;
         WindowFixture fixture;
         // Only these commands never end.
@@ -209,6 +211,8 @@ private slots:
         holds.reset();
         QVERIFY2(ran, qPrintable(fixture.driver.Failure));
         QTEST(fixture.Status(1), "status");
+        QCOMPARE(Summary(LogKeeper::Records()),
+                 box == Success ? "start updated success backup" : "start copy-failed failure");
         QFETCH(bool, isNew);
         QVERIFY(testdata::ReadFile(WindowFixture::Path("viewer")) == (isNew ? NewProgram : OldProgram));
         // The version file read at the next start must match the program file.

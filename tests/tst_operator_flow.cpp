@@ -3,10 +3,12 @@
 #include "AlertRecorder.h"
 #include "AppState.h"
 #include "MessageBoxes.h"
+#include "RecordKeeper.h"
 #include "ScriptedBoard.h"
 #include "Table.h"
 #include "WindowFixture.h"
 
+#include <QCryptographicHash>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -49,6 +51,7 @@ private slots:
     void WholeRoad()
     {
         QFETCH(QString, answer);
+        const LogKeeper log;
         WindowFixture fixture;
         Instrument* instrument = fixture.Play(FullDevice());
         const int port = instrument->Device().Boards[0].Port;
@@ -74,6 +77,31 @@ private slots:
         QVERIFY(!fixture.IsEnabled("buttonUpdate"));
         QTEST(WindowFixture::SudoLog().join(';'), "sudo");
         QVERIFY(QFileInfo::exists(WindowFixture::Path("update.old/tst_operator_flow")));
+
+        const QList<QJsonObject> records = LogKeeper::Records();
+        QCOMPARE(Summary(records), "start updated updated updated updated success backup");
+        const QJsonObject start{{"device", 7},       {"event", "start"}, {"instrument", "П-7"},     {"marked", 4},
+                                {"program", "1.38"}, {"serial", "777"},  {"run", records[5]["run"]}};
+        QCOMPARE(records[0], start);
+        for (int row = 0; row < 4; ++row) {
+            const auto& [name, content] = files[row * 2];
+            const QString version = fixture.Cell(row, 1);
+            const QByteArray sha256 = QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex();
+            const QJsonObject module{{"event", "module"},
+                                     {"run", records[5]["run"]},
+                                     {"name", fixture.Cell(row, 0)},
+                                     {"before", "1.0"},
+                                     {"offered", version},
+                                     {"after", version},
+                                     {"outcome", "updated"},
+                                     {"size", content.size()},
+                                     {"sha256", QString(sha256)},
+                                     {"file", FileNameOf(name)},
+                                     {"kind", row < 3 ? "firmware" : "program"},
+                                     {"seconds", records[row + 1]["seconds"].toDouble(-1)}};
+            QCOMPARE(records[row + 1], module);
+        }
+        QCOMPARE(records[5]["modules"], 4);
     }
 
     void NothingFound_data()

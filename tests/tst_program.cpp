@@ -151,6 +151,8 @@ private slots:
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QVERIFY2(process.exitCode() == 0, log.right(600));
         QVERIFY(log.contains("Try connect"));
+        // Also a run whose window was closed is recorded to its end.
+        QCOMPARE(log.contains("\"event\":\"end\""), size > 0);
         // A request whose time limit expires is logged without a text: closing must not have waited for it.
         QVERIFY2(!log.contains("updater/TcpModbus.cpp \n"), log.right(600));
         QCOMPARE(blocks > 0, size > 0);

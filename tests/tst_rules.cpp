@@ -4,6 +4,7 @@
 #include "FirmwareFiles.h"
 #include "Table.h"
 #include "TestData.h"
+#include "UpdateRecord.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -164,6 +165,45 @@ private slots:
         QCOMPARE(folder(false, "raspberrypi"), "/opt/u");
         QDir(media.path()).mkpath("rpi/STICK");
         QCOMPARE(folder(false, "raspberrypi"), media.filePath("rpi"));
+    }
+
+    void RecordIsOneLine_data()
+    {
+        const Table<QString, QByteArray> row("line", "json"); // with ' for "
+        row("unknown is null", RecordLine("r", RunStart{}),
+            "{'device':null,'event':'start','instrument':null,'marked':0,'program':'','run':'r','serial':null}");
+        row("unknown versions are null",
+            RecordLine("r", ModuleRecord{.name = "a",
+                                         .before = "???",
+                                         .offered = "BAD",
+                                         .after = "",
+                                         .file = "f",
+                                         .size = {},
+                                         .sha256 = {}}),
+            "{'after':null,'before':null,'event':'module','file':'f','kind':'firmware','name':'a','offered':null,"
+            "'outcome':'updated','run':'r','seconds':0,'sha256':null,'size':null}");
+        // The JSON of Qt has no escape for the last three.
+        row("line ends in names",
+            RecordLine("r", ModuleRecord{.name = "a\n\t\u0085\u2028\x7f",
+                                         .isProgram = true,
+                                         .before = "1.0\n",
+                                         .offered = "2",
+                                         .after = "2",
+                                         .file = "f",
+                                         .size = 5,
+                                         .sha256 = "\xab",
+                                         .seconds = 1.25}),
+            "{'after':'2','before':'1.0','event':'module','file':'f','kind':'program',"
+            "'name':'a\\n\\t\\u0085\\u2028\\u007f','offered':'2','outcome':'updated','run':'r','seconds':1.25,"
+            "'sha256':'ab','size':5}");
+        row("end", RecordLine("r", RunEnd{.succeeded = true, .backup = true, .modules = 3}),
+            "{'backup':true,'event':'end','modules':3,'outcome':'success','run':'r','stopped':false}");
+    }
+    void RecordIsOneLine()
+    {
+        QFETCH(QString, line);
+        QTEST(line.section(' ', 1).replace('"', '\'').toUtf8(), "json");
+        QCOMPARE(line.section(' ', 0, 0), "UpdateRecord");
     }
 };
 

@@ -1,6 +1,8 @@
 // Updates with a faulty board or an exchanged instrument: the window shows the true outcome and is idle afterwards.
 // See sweep_clicks.cpp for buttons pressed at unexpected moments.
 
+#include "AppState.h"
+#include "RecordKeeper.h"
 #include "ScriptedBoard.h"
 #include "Table.h"
 #include "TimeLimits.h"
@@ -36,17 +38,33 @@ private slots:
             return false;
         };
         // Status and version of the faulty module, then of the next one.
-        const Table<QString, QString, QString, Misbehaviour> row("box", "status", "versions", "fault");
-        row("none", Success, "ok ok", "2.0 2.0", {});
-        row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0", removeNext);
+        const Table<QString, QString, QString, QString, Misbehaviour> row("box", "status", "versions", "record",
+                                                                          "fault");
+        const QString good = "start updated updated success backup";
+        row("none", Success, "ok ok", "2.0 2.0", good, {});
+        row("the next module's file vanishes: silently skipped", Success, "ok ", "2.0 1.0",
+            "start updated skipped-no-file success backup", removeNext);
         row("the next module's file is replaced after its certificate was checked", Failure, "ok cancel", "2.0 1.0",
-            replaceNext);
-        row("another type until it is written, as a boot loader answers", Success, "ok ok", "2.0 2.0", loader);
+            "start updated file-changed failure", replaceNext);
+        row("another type until it is written, as a boot loader answers", Success, "ok ok", "2.0 2.0", good, loader);
+        // What a press on the button during a run, or closing the window, sets.
+        const auto stop = [](const std::function<bool(const Call&)>& when) {
+            return [=](const Call& call) {
+                g_stopRequested = g_stopRequested || when(call);
+                return false;
+            };
+        };
+        row("stopped in the transfer", Failure, "cancel ", "1.0 1.0", "start stopped failure stop",
+            stop([](const Call& call) { return call.word == 0xA001; }));
+        row("stopped before the board is polled again", Failure, "cancel ", "1.0 1.0",
+            "start stopped-after-writing failure stop",
+            stop([](const Call& call) { return call.scripted.finished && call.Asks("DEVICETYPE ?;"); }));
     }
     void RunWithAFault()
     {
         QFETCH(Misbehaviour, fault);
         QFETCH(QString, box);
+        const LogKeeper log;
         ScriptedBoard first;
         ScriptedBoard second;
         WindowFixture fixture;
@@ -59,7 +77,8 @@ private slots:
         QTEST(fixture.Status(0) + " " + fixture.Status(1), "status");
         QTEST(fixture.Versions(), "versions");
         QCOMPARE(fixture.Controls(), "idle");
-        QCOMPARE(first.blocks > 0, fixture.Status(0) == "ok");
+        QTEST(Summary(LogKeeper::Records()), "record");
+        QVERIFY(first.blocks > 0);
         QCOMPARE(second.blocks > 0, fixture.Status(1) == "ok");
         QCOMPARE(QFileInfo::exists(WindowFixture::Path("update.old")), box == Success);
     }
@@ -97,6 +116,24 @@ private slots:
         // A run enables every row button; only reading the versions again disables those of a row without one.
         QCOMPARE(seen, (QStringList{"2.0 ??? ++++", "2.0 2.0 ++++", "2.0 ??? ++--"}));
         QCOMPARE(first.blocks, 9);
+    }
+
+    void RecordHasTheSerialOfTheLastSearch()
+    {
+        const LogKeeper log;
+        ScriptedBoard board;
+        WindowFixture fixture;
+        fixture.Open({testdata::Device("П", 7, {board.Record("a", 1, 0)})});
+        fixture.TakeArchive(BothImages().first(2));
+        fixture.driver.Do([&] { board.fault = [](const Call& c) { return c.Asks("SERIAL ?;") && c.Refuse(); }; });
+        fixture.driver.Press("button_DeviceType");
+        fixture.WaitForVersions();
+        fixture.driver.Press("buttonUpdate");
+        fixture.driver.AnswerBox(Success, "Нет");
+        QVERIFY2(fixture.driver.Run(), qPrintable(fixture.driver.Failure));
+        // The button keeps the number of the instrument that answered before.
+        QCOMPARE(fixture.Text("button_DeviceType"), "Прибор П  № 55");
+        QCOMPARE(LogKeeper::Records()[0]["serial"], QJsonValue());
     }
 
     void MarksStayWithTheirDevice()

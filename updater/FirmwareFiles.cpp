@@ -38,14 +38,14 @@ QString VersionInName(const QString& name)
 {
     const QStringList parts = name.split('_');
     if (parts.size() <= 4)
-        return "BAD";
+        return NoVersionInName;
     const QString& last = parts.last();
     QStringList pieces;
     for (const char* extension : {".bin", ".rpd"}) {
         if (last.contains(extension))
             pieces = last.split(extension);
     }
-    return pieces.isEmpty() ? QString("BAD") : pieces.first().mid(1);
+    return pieces.isEmpty() ? QString(NoVersionInName) : pieces.first().mid(1);
 }
 
 QString FileNameOf(const QString& path)
@@ -86,11 +86,14 @@ FileDigest ReadDigest(const QString& path)
         return {};
     QCryptographicHash hash(QCryptographicHash::Sha256);
     QByteArray chunk(ChunkSize, Qt::Uninitialized);
+    qint64 size = 0;
     qint64 count = 0;
-    while ((count = file.read(chunk.data(), ChunkSize)) > 0)
+    while ((count = file.read(chunk.data(), ChunkSize)) > 0) {
         hash.addData(QByteArrayView(chunk).first(count));
+        size += count;
+    }
     // A stick that is pulled ends the file with an error: the digest of what was read so far is not the file's.
-    return {true, count < 0 ? QByteArray() : hash.result()};
+    return {true, count < 0 ? QByteArray() : hash.result(), size};
 }
 
 VersionFile ReadVersionFile(const QString& folder, const QString& name)

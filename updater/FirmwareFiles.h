@@ -15,7 +15,9 @@ QString NamePrefix(const QString& pattern);
 /// Whether an archive entry may be taken for `board`. An image must also bear the board's extension, so that
 /// the wrong kind is never offered; a program file has no "." in its path, its companions have.
 bool EntryFits(const QString& entryPath, const QString& prefix, const TBoardRecord& board);
-/// Version in an image's name, as 1.4.7 in fw_3_2_0_v1.4.7.bin; "BAD" for a name of another form.
+/// Stands in the table for the version of an image whose name has another form.
+inline constexpr char NoVersionInName[] = "BAD";
+/// Version in an image's name, as 1.4.7 in fw_3_2_0_v1.4.7.bin, or NoVersionInName.
 QString VersionInName(const QString& name);
 /// Part of `path` after the last "/".
 QString FileNameOf(const QString& path);
@@ -36,6 +38,7 @@ struct FileDigest
 {
     bool opened = false;
     QByteArray sha256; ///< 32 raw bytes; empty when the file could not be opened or read to its end
+    qint64 size = 0;   ///< of what was read
 };
 /// Digests of the files already read, by full path, so that each is read once per archive.
 using DigestCache = QHash<QString, FileDigest>;

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr char ProgramVersion[] = "1.38";
-
 constexpr char HeaderStyle[] =
     "QHeaderView { height: 40px; border-top: 1px solid #ecedef; border-bottom: 1px solid #b1b1b5; }"
     "QHeaderView::section:horizontal { height: 40px; border-style: none; border-left: 1px solid #ecedef; "

@@ -2,6 +2,7 @@
 
 #include "AppConfig.h"
 #include "FirmwareFiles.h"
+#include "UpdateRecord.h"
 #include "ui_MainWindow.h"
 
 #include <QHash>
@@ -51,7 +52,14 @@ protected:
 private:
     /// Of status icons and row buttons: the largest that a row holds, to be read at arm's length.
     static constexpr QSize RowIconSize{24, 24};
-    enum class ModuleResult { Succeeded, Skipped, Failed, FailedAndLast };
+    static constexpr char ProgramVersion[] = "1.38";
+    /// What asking a module for its version came to.
+    struct VersionReading
+    {
+        bool answered = false;
+        bool isOffered = false; ///< the table has the same text in both columns now
+        QString version;        ///< empty when none was read
+    };
 
     // MainWindow.cpp: the table's cells and buttons, the busy state, closing; also closeEvent, onWriteBlock
     void SetUpTable();
@@ -82,11 +90,11 @@ private:
     void BuildRows();
     void BuildRow(int row);
     bool ReadRow(int row, bool announce, int reading);
-    /// `compare`, after a write: sets tick or cross by the new version, and the buttons. A program module's version
-    /// file is read, with the result true; a message box shows why it cannot be. Firmware: false when the board could
-    /// not be asked or did not answer, or when newer work has started meanwhile. A version that is then read is
+    /// `compare`, after a write: sets tick or cross by the new version, and the buttons. A program module's version file
+    /// is read, which counts as an answer; a message box shows why it cannot be. Firmware: not answered when the board
+    /// could not be asked or did not answer, or when newer work has started meanwhile. A version that is then read is
     /// discarded.
-    bool ReadVersion(int row, bool compare);
+    VersionReading ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
     /// Sets the row's two buttons by its two versions. While busy it enables none.
     void CheckRow(int row);
@@ -107,9 +115,14 @@ private:
 
     // MainWindowUpdate.cpp: the run; also Update
     void BeginRun();
-    bool UpdateModules();
-    ModuleResult UpdateProgram(int row, const TBoardRecord& board, const QString& path);
-    ModuleResult UpdateFirmware(int row, const TBoardRecord& board, const QString& path);
+    void RecordStart(const QString& run);
+    bool IsToBeUpdated(int row) const;
+    /// `recorded` counts the modules that it recorded.
+    bool UpdateModules(const QString& run, int& recorded);
+    ModuleOutcome UpdateModule(int row, const QString& run);
+    /// Both complete the module's record, except for its outcome.
+    ModuleOutcome UpdateProgram(int row, const TBoardRecord& board, const QString& path, ModuleRecord& record);
+    ModuleOutcome UpdateFirmware(int row, const TBoardRecord& board, const QString& path, ModuleRecord& record);
     bool IsAccepted(int row, const QByteArray& sha256) const;
     bool WriteImage(int row, const TBoardRecord& board, TcpModbus& link, const QByteArray& image);
     bool WaitReboot(int board);
@@ -128,6 +141,8 @@ private:
     int m_rowsBuiltBy = 0;
     /// A reading is in progress. It leaves the controls enabled, so g_busy does not say it.
     bool m_isReading = false;
+    /// Serial number that the last search read; empty when it read none. g_deviceSerial may be an earlier search's.
+    QString m_serial;
     /// The device whose rows the table holds; -1 before the first reading.
     int m_tableDevice = -1;
     /// What a row's versions allowed before they were read anew: a mark stays through a reading that changes nothing.

@@ -10,6 +10,7 @@
 void MainWindow::FindMainBoard()
 {
     StartWork();
+    m_serial.clear();
     ui.label_Update->setText(QString());
     ui.button_DeviceType->setText("Поиск прибора...");
     SetBusy(true);
@@ -51,7 +52,7 @@ void MainWindow::SelectDevice(int device, int board, TcpModbus& link)
     g_deviceFound = true;
     QString answer;
     if (link.StrCommand("SERIAL ?;", answer))
-        g_deviceSerial = SerialIn(answer);
+        m_serial = g_deviceSerial = SerialIn(answer);
 }
 
 void MainWindow::ShowDevice(bool found)

@@ -10,10 +10,12 @@
 #include <QCryptographicHash>
 #include <QDebug>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QEventLoopLocker>
 #include <QFile>
 #include <QPushButton>
 #include <QThread>
+#include <QUuid>
 
 namespace {
 
@@ -59,15 +61,21 @@ void MainWindow::Update()
     // Closing the last window would quit the program, and every message box shown later would return at once.
     const QEventLoopLocker programStays;
     BeginRun();
-    bool allSucceeded = UpdateModules();
+    const QString run = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    RecordStart(run);
+    RunEnd end;
+    bool allSucceeded = UpdateModules(run, end.modules);
     if (allSucceeded) {
         ui.label_Update->setText("Создаю резервную копию...");
         QCoreApplication::processEvents();
         // A stop is seen up to here: a stopped run makes no backup.
         allSucceeded = !g_stopRequested;
         if (allSucceeded)
-            BackupProgram();
+            end.backup = BackupProgram();
     }
+    end.succeeded = allSucceeded;
+    end.stopped = g_stopRequested;
+    qInfo().noquote() << RecordLine(run, end);
     EndRun();
     ShowResult(allSucceeded);
     if (g_updateAborted) {
@@ -113,51 +121,98 @@ void MainWindow::ShowResult(bool allSucceeded)
         Util::BashCommand("sudo reboot");
 }
 
-bool MainWindow::UpdateModules()
+void MainWindow::RecordStart(const QString& run)
+{
+    RunStart start{.program = ProgramVersion, .instrument = {}, .device = {}, .serial = m_serial};
+    if (g_deviceFound) {
+        start.instrument = Device().Name;
+        start.device = Device().IdDev;
+    }
+    for (int row = 0; row < Device().BoardCount; ++row)
+        start.marked += IsToBeUpdated(row);
+    qInfo().noquote() << RecordLine(run, start);
+}
+
+bool MainWindow::IsToBeUpdated(int row) const
+{
+    return !CellText(row, ColumnNew).isEmpty() && IsRowMarked(row);
+}
+
+bool MainWindow::UpdateModules(const QString& run, int& recorded)
 {
     bool allSucceeded = true;
     for (int row = 0; row < Device().BoardCount; ++row) {
         // A stop ends the run at the current module, also when that module's step looks like a silent skip.
         if (g_stopRequested)
             return false;
-        const QTableWidgetItem* offered = ui.tableWidget->item(row, ColumnNew);
-        if (!offered || offered->text().isEmpty() || !IsRowMarked(row))
+        if (!IsToBeUpdated(row))
             continue;
-        const QString path = offered->data(Qt::UserRole).toString();
-        const TBoardRecord& board = Board(row);
-        const ModuleResult result =
-            board.IsProgram() ? UpdateProgram(row, board, path) : UpdateFirmware(row, board, path);
-        if (result == ModuleResult::Failed || result == ModuleResult::FailedAndLast)
+        const ModuleOutcome outcome = UpdateModule(row, run);
+        ++recorded;
+        if (IsFailure(outcome))
             allSucceeded = false;
-        if (result == ModuleResult::FailedAndLast)
+        if (EndsRun(outcome))
             break;
     }
     return allSucceeded && !g_stopRequested;
 }
 
-MainWindow::ModuleResult MainWindow::UpdateProgram(int row, const TBoardRecord& board, const QString& path)
+ModuleOutcome MainWindow::UpdateModule(int row, const QString& run)
+{
+    const TBoardRecord& board = Board(row);
+    const QString path = ui.tableWidget->item(row, ColumnNew)->data(Qt::UserRole).toString();
+    ModuleRecord record{.name = board.Name,
+                        .isProgram = board.IsProgram(),
+                        .before = CellText(row, ColumnCurrent),
+                        .offered = CellText(row, ColumnNew),
+                        .after = {},
+                        .file = FileNameOf(path),
+                        .size = {},
+                        .sha256 = {}};
+    QElapsedTimer clock;
+    clock.start();
+    record.outcome =
+        board.IsProgram() ? UpdateProgram(row, board, path, record) : UpdateFirmware(row, board, path, record);
+    record.seconds = double(clock.elapsed()) / 1000;
+    qInfo().noquote() << RecordLine(run, record);
+    return record.outcome;
+}
+
+ModuleOutcome MainWindow::UpdateProgram(int row, const TBoardRecord& board, const QString& path, ModuleRecord& record)
 {
     ui.label_Update->setText(board.Name + ". Обновление...");
     SetRowStatus(row, RowStatus::Working);
     const FileDigest digest = ReadDigest(path);
-    if (g_stopRequested || (digest.opened && !IsAccepted(row, digest.sha256)) || !CopyFolder(row)) {
+    record.sha256 = digest.sha256;
+    if (!digest.sha256.isEmpty())
+        record.size = digest.size;
+    ModuleOutcome outcome = ModuleOutcome::Updated;
+    if (g_stopRequested)
+        outcome = ModuleOutcome::Stopped;
+    else if (digest.opened && !IsAccepted(row, digest.sha256))
+        outcome = ModuleOutcome::FileChanged;
+    else if (!CopyFolder(row))
+        outcome = ModuleOutcome::CopyFailed;
+    if (outcome != ModuleOutcome::Updated) {
         SetRowStatus(row, RowStatus::Failed);
-        return ModuleResult::FailedAndLast;
+        return outcome;
     }
-    ReadVersion(row, true);
+    record.after = ReadVersion(row, true).version;
     CheckRow(row);
     SetRowStatus(row, RowStatus::Ok);
-    return ModuleResult::Succeeded;
+    return outcome;
 }
 
-MainWindow::ModuleResult MainWindow::UpdateFirmware(int row, const TBoardRecord& board, const QString& path)
+ModuleOutcome MainWindow::UpdateFirmware(int row, const TBoardRecord& board, const QString& path, ModuleRecord& record)
 {
     const QByteArray image = ReadImage(path);
     if (image.isEmpty())
-        return ModuleResult::Skipped;
-    if (!IsAccepted(row, Sha256(image))) {
+        return ModuleOutcome::SkippedNoFile;
+    record.size = image.size();
+    record.sha256 = Sha256(image);
+    if (!IsAccepted(row, record.sha256)) {
         SetRowStatus(row, RowStatus::Failed);
-        return ModuleResult::FailedAndLast;
+        return ModuleOutcome::FileChanged;
     }
     ui.progressBar->reset();
     ui.progressBar->setMaximum(int(image.size()));
@@ -167,20 +222,26 @@ MainWindow::ModuleResult MainWindow::UpdateFirmware(int row, const TBoardRecord&
     {
         const std::unique_ptr<TcpModbus> link = CreateLink(g_selectedDevice, row);
         if (!link->Connect())
-            return ModuleResult::Skipped;
+            return g_stopRequested ? ModuleOutcome::Stopped : ModuleOutcome::SkippedNoConnection;
         if (!WriteImage(row, board, *link, image)) {
+            const bool isStopped = g_stopRequested;
             SetRowStatus(row, RowStatus::Failed);
-            return ModuleResult::FailedAndLast;
+            return isStopped ? ModuleOutcome::Stopped : ModuleOutcome::TransferFailed;
         }
         ui.label_Update->setText(board.Name + ". Ожидание перезагрузки...");
     }
     QCoreApplication::processEvents();
     Sleep(RestartPause(board));
     if (!WaitReboot(row)) {
+        const bool isStopped = g_stopRequested;
         SetRowStatus(row, RowStatus::Failed);
-        return ModuleResult::Failed;
+        return isStopped ? ModuleOutcome::StoppedAfterWriting : ModuleOutcome::NoRestart;
     }
-    return ReadVersion(row, true) ? ModuleResult::Succeeded : ModuleResult::Failed;
+    const VersionReading reading = ReadVersion(row, true);
+    record.after = reading.version;
+    if (!reading.answered)
+        return g_stopRequested ? ModuleOutcome::StoppedAfterWriting : ModuleOutcome::NoVersion;
+    return reading.isOffered ? ModuleOutcome::Updated : ModuleOutcome::AnotherVersion;
 }
 
 /// Whether the bytes with this digest are those whose certificate was right: a later archive may have replaced the file

@@ -104,7 +104,7 @@ void MainWindow::BuildRow(int row)
         table->setCellWidget(row, ColumnMark, MakeRowButton(row, ButtonKind::Mark, Icon(":/icons/onebit_34_ok.png")));
 }
 
-bool MainWindow::ReadVersion(int row, bool compare)
+MainWindow::VersionReading MainWindow::ReadVersion(int row, bool compare)
 {
     const auto outdated = [this, started = m_started] { return started != m_started; };
     const TBoardRecord& board = Board(row);
@@ -112,33 +112,34 @@ bool MainWindow::ReadVersion(int row, bool compare)
         const QString version = Util::GetVersion(this, QCoreApplication::applicationDirPath(), board.File, true);
         if (!outdated())
             SetCellText(row, ColumnCurrent, version);
-        return true;
+        return {.answered = true, .version = version};
     }
     if (!g_deviceFound) {
         SetCellText(row, ColumnCurrent, UnknownVersion);
-        return false;
+        return {};
     }
     SetRowStatus(row, RowStatus::Unknown);
     QString answer;
     const bool answered = !outdated() && AskVersion(row, answer);
     if (outdated())
-        return false;
+        return {};
     if (!answered) {
         SetCellText(row, ColumnCurrent, UnknownVersion);
         SetRowStatus(row, RowStatus::Failed);
-        return false;
+        return {};
     }
-    if (const std::optional<QString> version = VersionIn(answer, board.IdCPU))
+    const std::optional<QString> version = VersionIn(answer, board.IdCPU);
+    if (version)
         SetCellText(row, ColumnCurrent, *version);
     if (!compare) {
         SetRowStatus(row, RowStatus::None);
-        return true;
+        return {.answered = true, .version = version.value_or(QString())};
     }
     // Compared as texts here and as numbers in CheckRow: the board must answer exactly the version in the file's name.
     const bool same = CellText(row, ColumnCurrent) == CellText(row, ColumnNew);
     SetRowStatus(row, same ? RowStatus::Ok : RowStatus::Failed);
     CheckRow(row);
-    return true;
+    return {.answered = true, .isOffered = same, .version = version.value_or(QString())};
 }
 
 bool MainWindow::AskVersion(int row, QString& answer)
