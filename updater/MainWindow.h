@@ -90,10 +90,10 @@ private:
     void BuildRows();
     void BuildRow(int row);
     bool ReadRow(int row, bool announce, int reading);
-    /// `compare`, after a write: sets tick or cross by the new version, and the buttons. A program module's version file
-    /// is read, which counts as an answer; a message box shows why it cannot be. Firmware: not answered when the board
-    /// could not be asked or did not answer, or when newer work has started meanwhile. A version that is then read is
-    /// discarded.
+    /// `compare`, after a write: sets tick or cross by the new version, and the buttons. A program module's version
+    /// file is read, which counts as an answer; a message box shows why it cannot be. Firmware: not answered when the
+    /// board could not be asked or did not answer, or when newer work has started meanwhile. A version that is then
+    /// read is discarded.
     VersionReading ReadVersion(int row, bool compare);
     bool AskVersion(int row, QString& answer);
     /// Sets the row's two buttons by its two versions. While busy it enables none.
