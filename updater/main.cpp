@@ -1,3 +1,4 @@
+#include "DialogTexts.h"
 #include "MainWindow.h"
 #include "RunGuard.h"
 
@@ -20,6 +21,8 @@ int main(int argc, char** argv)
         return 0;
 
     QApplication application(argc, argv);
+    DialogTexts texts;
+    QCoreApplication::installTranslator(&texts);
     QApplication::setStyle("Fusion");
     // The panel is worked by touch: no pointer for the whole run.
     const QCursor cursor(Qt::BlankCursor);
