@@ -10,8 +10,9 @@ DialogTexts::DialogTexts()
 
 QString DialogTexts::translate(const char* context, const char* text, const char* disambiguation, int n) const
 {
-    static const QStringList contexts{"QFileDialog", "QFileSystemModel", "QLineEdit", "QPlatformTheme",
-                                      "QWidgetTextControl"};
+    static const QStringList contexts{
+        "QAbstractFileIconProvider", "QFileDialog", "QFileSystemModel", "QLineEdit", "QPlatformTheme",
+        "QWidgetTextControl"};
     static const QHash<QByteArray, QString> texts{
         {"&Open", "Открыть"},
         {"Back", "Назад"},
