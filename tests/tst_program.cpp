@@ -79,9 +79,15 @@ private slots:
     void OneCopyAtATime()
     {
         const QTemporaryDir folder;
+        const QString early = folder.filePath(".updater-copy.aZ09bX");
+        testdata::WriteFile(early, "half");
         QProcess first;
         Start(first, folder);
         QVERIFY(Runs(first, "src/SavedJSONParameters.cpp Couldn't open file "));
+        // What is left of an interrupted copy is removed by a program that runs alone, and by no other.
+        const QString half = folder.filePath(".updater-copy.aZ09bY");
+        QVERIFY(Wait(first, [&] { return !QFile::exists(early); }));
+        testdata::WriteFile(half, "half");
         QProcess second;
         Start(second, folder);
         QVERIFY(Ended(second));
@@ -89,12 +95,14 @@ private slots:
         QCOMPARE(second.exitCode(), 0);
         QCOMPARE(second.readAllStandardError(), "");
         QCOMPARE(first.state(), QProcess::Running);
+        QVERIFY(QFile::exists(half));
 
         // The marker of a killed copy does not prevent the next start.
         Kill(first);
         QProcess third;
         Start(third, folder);
         QVERIFY(Runs(third, "Couldn't open file "));
+        QVERIFY(Wait(third, [&] { return !QFile::exists(half); }));
         Kill(third);
     }
 

@@ -4,6 +4,7 @@
 #include "TestData.h"
 #include "TimeLimits.h"
 #include "Tree.h"
+#include "TreeCopy.h"
 #include "UiDriver.h"
 #include "Util.h"
 
@@ -130,6 +131,31 @@ private slots:
         QVERIFY(QFile::link("a", root.filePath("dst/b")));
         QVERIFY(Util::CopyPath(root.filePath("src"), root.filePath("dst")));
         QCOMPARE(Tree(root.filePath("dst")), (QStringList{"a/", "a/f=1", "a/g=1", "b@"}));
+    }
+
+    void Leftovers_data()
+    {
+        const Table<bool> row("removed");
+        for (const char* name : {".updater-copy.aZ09bY", "update.old/.updater-copy.abcdef", "a/b/.updater-copy.ABCDEF"})
+            row(name, true);
+        for (const char* name : {"updater-copy.aZ09bY", ".updater-copy.aZ09b", ".updater-copy.aZ09bYz",
+                                 ".Updater-copy.aZ09bY", ".updater-copy.aZ09b~", ".updater-copy.aZ09bY\n",
+                                 ".updater-copy.aZ09bY/f", "x.updater-copy.aZ09bY", "out/.updater-copy.aZ09bY"})
+            row(name, false);
+    }
+    void Leftovers()
+    {
+        const QTemporaryDir root;
+        QVERIFY(QDir(root.path()).mkpath("program"));
+        testdata::WriteFile(root.filePath("elsewhere/f"), "1");
+        QVERIFY(QFile::link("../elsewhere", root.filePath("program/out")));
+        QVERIFY(QFile::link("../elsewhere/f", root.filePath("program/.updater-copy.Linked")));
+        const QString path = root.filePath("program/") + QTest::currentDataTag();
+        testdata::WriteFile(path, "half");
+        RemoveCopyLeftovers(root.filePath("program"));
+        QFETCH(bool, removed);
+        QCOMPARE(QFile::exists(path), !removed);
+        QVERIFY(QFile::exists(root.filePath("program/.updater-copy.Linked")));
     }
 
     void CopyIsLoggedAsOneOperation()

@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "AppState.h"
+#include "FingerUse.h"
 #include "TcpModbus.h"
 #include "TimeLimits.h"
 
@@ -94,7 +95,12 @@ void MainWindow::SetUpTable()
     table->setIconSize(RowIconSize);
     if (header->styleSheet().isEmpty())
         header->setStyleSheet(HeaderStyle);
+    // The longest word must not touch the edges of its column.
+    QFont headerFont = header->font();
+    headerFont.setPointSize(12);
+    header->setFont(headerFont);
     table->verticalHeader()->setDefaultSectionSize(36);
+    ScrollByFinger(*table);
 }
 
 const TDeviceRecord& MainWindow::Device() const

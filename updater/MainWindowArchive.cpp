@@ -2,6 +2,7 @@
 
 #include "AppState.h"
 #include "ArchiveAssignment.h"
+#include "FingerUse.h"
 #include "FirmwareArchive.h"
 #include "MessageBoxes.h"
 #include "TimeLimits.h"
@@ -162,6 +163,7 @@ bool MainWindow::SelectFile(QString& path, const QString& title, const QString& 
         StartFolder(QCoreApplication::applicationDirPath(), inFirmwareFolder, QSysInfo::machineHostName(), "/media");
     dialog.setSidebarUrls({QUrl::fromLocalFile(start)});
     dialog.setDirectory(start);
+    FitForFinger(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return false;
     path = dialog.selectedFiles().first();

@@ -3,8 +3,10 @@
 #include "FirmwareFiles.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QList>
+#include <QRegularExpression>
 #include <QTemporaryFile>
 
 #include <algorithm>
@@ -18,7 +20,6 @@ namespace {
 
 /// Hidden, so that no copy carries it on. QTemporaryFile replaces the X by letters and digits.
 constexpr char TemporaryName[] = ".updater-copy.XXXXXX";
-constexpr char LeftoverPattern[] = ".updater-copy.??????";
 
 /// Brings to the disk what was written to the file system of `folder`.
 bool Sync(const QString& folder)
@@ -40,11 +41,15 @@ bool IsInside(const QString& path, const QString& folder)
     return path == folder || path.startsWith(folder.endsWith('/') ? folder : folder + '/');
 }
 
-void RemoveLeftovers(const QString& folder)
+void RemoveLeftovers(const QString& folder, QDirIterator::IteratorFlag levels)
 {
-    QDir dir(folder);
-    for (const QString& name : dir.entryList({LeftoverPattern}, QDir::Files | QDir::Hidden | QDir::NoSymLinks))
-        dir.remove(name);
+    static const QRegularExpression leftover("\\A\\.updater-copy\\.[A-Za-z0-9]{6}\\z");
+    QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks, levels);
+    while (files.hasNext()) {
+        files.next();
+        if (leftover.match(files.fileName()).hasMatch())
+            QFile::remove(files.filePath());
+    }
 }
 
 /// A copy beside its target, which it replaces once it is on the disk.
@@ -93,7 +98,7 @@ bool Replace(QList<WaitingCopy>& copies, const QString& folder, const CopyLog& l
 
 bool CopyFiles(const QDir& src, const QString& dst, const CopyLog& log)
 {
-    RemoveLeftovers(dst);
+    RemoveLeftovers(dst, QDirIterator::NoIteratorFlags);
     QStringList names = src.entryList(QDir::Files, QDir::NoSort);
     // A copy that ends early must not leave the new version's text beside the old program: the module would then
     // count as up to date.
@@ -146,4 +151,9 @@ bool CopyFolder(const QString& src, const QString& dst, QStringList enclosing, c
 bool CopyTree(const QString& src, const QString& dst, const CopyLog& log)
 {
     return CopyFolder(src, dst, {}, log);
+}
+
+void RemoveCopyLeftovers(const QString& folder)
+{
+    RemoveLeftovers(folder, QDirIterator::Subdirectories);
 }

@@ -15,3 +15,7 @@ using CopyLog = std::function<void(const QString& line)>;
 /// after a power cut or on a full disk its name holds the old file or the new one, also while a program runs from it.
 /// Hidden temporary files that an interrupted copy left are removed from each target folder that this copy fills.
 bool CopyTree(const QString& src, const QString& dst, const CopyLog& log);
+
+/// Removes the temporary files that interrupted copies left in `folder` and below, silently also where it cannot.
+/// Links are not followed. No copy may be running.
+void RemoveCopyLeftovers(const QString& folder);

@@ -1,10 +1,13 @@
+#include "DialogTexts.h"
 #include "MainWindow.h"
 #include "RunGuard.h"
+#include "TreeCopy.h"
 
 #include <QApplication>
 #include <QCursor>
 #include <QIcon>
 #include <QScreen>
+#include <QTimer>
 
 int main(int argc, char** argv)
 {
@@ -20,6 +23,8 @@ int main(int argc, char** argv)
         return 0;
 
     QApplication application(argc, argv);
+    DialogTexts texts;
+    QCoreApplication::installTranslator(&texts);
     QApplication::setStyle("Fusion");
     // The panel is worked by touch: no pointer for the whole run.
     const QCursor cursor(Qt::BlankCursor);
@@ -33,5 +38,8 @@ int main(int argc, char** argv)
     window.setWindowFlags(window.windowFlags() | Qt::FramelessWindowHint);
     window.showMaximized();
     QGuiApplication::setWindowIcon(QIcon(":/images/kestal_icon.png"));
+    // Once the window is on the screen, because to remove hundreds of files takes a second. A copy blocks this thread,
+    // so none is under way then.
+    QTimer::singleShot(200, [] { RemoveCopyLeftovers(QCoreApplication::applicationDirPath()); });
     return QApplication::exec();
 }
