@@ -41,9 +41,8 @@ int main(int argc, char** argv)
     QGuiApplication::setOverrideCursor(QCursor(Qt::BlankCursor));
 
     QWidget menu;
-    // A desktop window: the window manager keeps it below all others.
-    menu.setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
-    menu.setWindowFlags(Qt::FramelessWindowHint);
+    // Behind the updater: the window manager keeps it below all others.
+    menu.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint);
     // In the middle, away from the place of the button that closes the updater: a double tap there does no harm here.
     auto* layout = new QVBoxLayout(&menu);
     layout->addStretch();
