@@ -37,8 +37,8 @@ def mark_area(index):
 UPDATE_ICON = (670, 530, 36, 44)
 
 # The file dialog, relative to its own corners.
-_LIST_ROW = 124, 45
-_LIST_ROW_HEIGHT = 40
+_LIST_ROW = 180, 59
+_LIST_ROW_HEIGHT = 27
 _ACCEPT_FROM_END = 58, 58
 _REJECT_FROM_END = 58, 25
 
