@@ -12,8 +12,9 @@ from panel import Panel
 class Surroundings:
     """What a scenario works with: the folder of its results, the panel, the instrument, archives."""
 
-    def __init__(self, base, name):
+    def __init__(self, base, name, cuts):
         self.base = base
+        self.cuts = cuts
         self.folder = host.fresh_folder(host.RESULTS / name)
         self.files = host.fresh_folder(self.folder / "files")
         self.panel = None
@@ -64,11 +65,11 @@ class Outcome:
         self.name, self.holds, self.seconds, self.seen = name, holds, seconds, seen
 
 
-def play(base, name, scenario):
+def play(base, name, scenario, cuts):
     """`scenario` takes the surroundings and returns what was seen."""
     host.say(f"Scenario {name}")
     began = time.monotonic()
-    around = Surroundings(base, name)
+    around = Surroundings(base, name, cuts)
     try:
         seen, holds = scenario(around), True
     except (host.Failed, OSError) as error:
