@@ -101,8 +101,10 @@ class Panel:
         return dialog
 
     def fills_the_screen(self):
-        windows = self.windows()
-        return bool(windows) and (windows[0]["x"], windows[0]["y"], windows[0]["width"], windows[0]["height"]) == (
+        """The program's window has the size of the screen, and no other program's window is before it."""
+        windows = self.guest.windows() or [{"class": ""}]
+        highest = windows[-1]
+        return highest["class"] == "updater" and (highest["x"], highest["y"], highest["width"], highest["height"]) == (
             0, 0, screen.WIDTH, screen.HEIGHT)
 
     # --- the table

@@ -56,7 +56,7 @@ def come_back(panel, name):
             panel.tap(screen.MENU_START)
             by = "by finger"
         time.sleep(1)
-    host.wait_until(panel.is_ready, 60, f"{name}: the window shows all versions")
+    host.wait_until(panel.is_ready, 60, f"{name}: the window with all versions is before all others")
     panel.shot(f"{name}-back")
     return by
 
