@@ -16,7 +16,8 @@ class Panel:
         self.machine = machine
         self.guest = None
         self.journal = Journal(machine.journal)
-        self._shots = 0
+        # A panel that is switched on again goes on counting.
+        self._shots = len(list(machine.folder.glob("*.png")))
         self._stick = None
 
     def switch_on(self, state=None):

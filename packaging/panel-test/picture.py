@@ -14,8 +14,10 @@ class Picture:
         self.width, self.height = int(fields[1]), int(fields[2])
         self._pixels = memoryview(data)[len(data) - 3 * self.width * self.height:]
 
-    def same_as(self, other):
-        return self._pixels == other._pixels
+    def part(self, area):
+        left, top, width, height = area
+        return [bytes(self._pixels[3 * (y * self.width + left):3 * (y * self.width + left + width)])
+                for y in range(top, top + height)]
 
     def pixel(self, x, y):
         start = 3 * (y * self.width + x)

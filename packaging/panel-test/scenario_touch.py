@@ -110,8 +110,11 @@ def dragged_list(around, release):
     panel.drag((x, y + 220), (x, y + 20))
     time.sleep(3)
     after = panel.shot("after")
-    if after.same_as(before):
+    first = screen.dialog_row_area(dialog, 0)
+    if after.part(first) == before.part(first):
         raise Failed("the list of the file dialog does not follow the finger")
+    if after.count(screen.SELECTION, (dialog["x"], dialog["y"], dialog["width"], dialog["height"])) > 50:
+        raise Failed("dragging the list has chosen a file")
     if not panel.dialog():
         raise Failed("dragging the list closed the dialog")
     panel.tap(screen.dialog_reject(dialog))

@@ -47,6 +47,15 @@ def dialog_row(dialog, index):
     return dialog["x"] + _LIST_ROW[0], dialog["y"] + _LIST_ROW[1] + index * _LIST_ROW_HEIGHT
 
 
+def dialog_row_area(dialog, index):
+    x, y = dialog_row(dialog, index)
+    return x - 30, y - 8, 100, 16
+
+
+# What is chosen in a list has this colour behind it.
+SELECTION = (48, 140, 198)
+
+
 def dialog_accept(dialog):
     return dialog["x"] + dialog["width"] - _ACCEPT_FROM_END[0], dialog["y"] + dialog["height"] - _ACCEPT_FROM_END[1]
 
