@@ -15,6 +15,11 @@ FOLDERS, FILES, FILE_SIZE = 10, 20, 300 << 10
 LIVE = "/var/lib/updater"
 OLD, NEW = "the old", "the new"
 SECOND_UPDATE_EVERY = 5
+# One process for all files: a process of its own for each takes minutes in the emulator.
+PRINT_TORN = """import glob, hashlib
+for name in glob.glob("data*/*.dat"):
+    if hashlib.sha256(open(name, "rb").read()).digest() != open(name + ".sha256", "rb").read():
+        print(name)"""
 
 
 def big_release(around):
@@ -113,8 +118,7 @@ def state_of_program(panel, release):
     if version == release.program_version:
         if program != new:
             raise Failed("the version file says the new version over the old program")
-        torn = panel.guest.run(f"cd {LIVE} && for sum in data*/*.sha256; do "
-                               "[ $(od -An -tx1 $sum | tr -d ' \\n') = $(sha256sum < ${sum%.sha256} | cut -c -64) ] || echo $sum; done")
+        torn = panel.guest.run(f"cd {LIVE} && python3 -c '{PRINT_TORN}'", seconds=180)
         count = int(panel.guest.run(f"ls {LIVE}/data*/*.dat | wc -l"))
         if torn or count != FOLDERS * FILES:
             raise Failed(f"the version file says the new version, but of its files {count} are there, and wrong are: {torn[:200]}")

@@ -53,7 +53,7 @@ def dialog_row_area(dialog, index):
 
 
 # What is chosen in a list has this colour behind it.
-SELECTION = (48, 140, 198)
+SELECTION = (47, 139, 196)
 
 
 def dialog_accept(dialog):
