@@ -52,6 +52,11 @@ def dialog_row_area(dialog, index):
     return x - 30, y - 8, 100, 16
 
 
+def dialog_path_area(dialog):
+    """The folder's name above the list."""
+    return dialog["x"] + 130, dialog["y"] + 14, 160, 22
+
+
 # What is chosen in a list has this colour behind it.
 SELECTION = (47, 139, 196)
 
