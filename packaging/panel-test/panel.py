@@ -140,7 +140,7 @@ class Panel:
         return wait_until(lambda: self.mounted(), seconds, "the stick is mounted below /media")
 
     def mounted(self):
-        return self.guest.run("findmnt --noheadings --raw --output TARGET | grep '^/media/orangepi/' || true")
+        return self.guest.run("LC_ALL=C.UTF-8 findmnt --noheadings --list --output TARGET | grep '^/media/orangepi/' || true")
 
     def pull(self):
         self.machine.pull(self._stick)
