@@ -78,7 +78,7 @@ class Base:
                        catalogue.encode())
             self.program_file.write_bytes(self._must(port, "cat /usr/lib/updater/updater"))
             self._must(port, "systemctl enable try-panel.service && sync && systemctl poweroff")
-            if not computer.wait_for_end(180):
+            if not host.wait_for_end(computer.process, 180):
                 raise host.Failed("the panel did not switch off: see console.txt")
         finally:
             computer.cut_power()

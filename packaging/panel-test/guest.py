@@ -47,10 +47,10 @@ class Guest:
             self._socket.settimeout(max(0.05, deadline - time.monotonic()))
             try:
                 part = self._socket.recv(1 << 20)
-            except (TimeoutError, ConnectionError):
+            except TimeoutError:
                 return None
             if not part:
-                return None
+                raise Failed("the emulator has ended")
             self._kept += part
         return None
 
@@ -60,7 +60,7 @@ class Guest:
         self._socket.settimeout(seconds)
         try:
             self._socket.sendall(json.dumps(request).encode() + b"\n")
-        except OSError:
+        except TimeoutError:
             return None
         return self._receive(self._number, seconds)
 

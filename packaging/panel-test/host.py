@@ -100,6 +100,15 @@ def end(process, number=signal.SIGTERM):
         _processes.remove(process)
 
 
+def wait_for_end(process, seconds):
+    """Whether the process has ended within this time."""
+    try:
+        process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        return False
+    return True
+
+
 def end_all():
     for process in list(_processes):
         end(process, signal.SIGKILL)

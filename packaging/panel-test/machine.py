@@ -4,7 +4,6 @@ import re
 import shutil
 import signal
 import tempfile
-import time
 from pathlib import Path
 
 import host
@@ -134,12 +133,6 @@ class Machine:
         if self._sockets:
             shutil.rmtree(self._sockets, ignore_errors=True)
             self._sockets = None
-
-    def wait_for_end(self, seconds):
-        deadline = time.monotonic() + seconds
-        while self.process.poll() is None and time.monotonic() < deadline:
-            time.sleep(0.3)
-        return self.process.poll() is not None
 
 
 def make_card(path, base, base_format, size=None):

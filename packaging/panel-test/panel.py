@@ -98,8 +98,13 @@ class Panel:
 
     def wait_for_dialog(self, seconds=60):
         dialog = wait_until(self.dialog, seconds, "the file dialog")
-        time.sleep(1)  # its list fills after it is shown
-        return dialog
+        # The window manager places it after it is shown, and its list fills later still.
+        while True:
+            time.sleep(1)
+            placed = self.dialog()
+            if placed == dialog:
+                return dialog
+            dialog = placed or dialog
 
     def fills_the_screen(self):
         """The program's window has the size of the screen, and no other program's window is before it."""

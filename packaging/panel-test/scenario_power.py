@@ -79,6 +79,8 @@ def cut_and_look(around, release, stick, number, after):
     try:
         operate(panel)
     except (host.Failed, OSError):
+        # The connections break a moment before the process counts as ended.
+        host.wait_for_end(process, 5)
         if process.poll() is None:
             cut.cancel()
             raise

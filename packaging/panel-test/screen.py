@@ -37,7 +37,7 @@ def mark_area(index):
 UPDATE_ICON = (670, 530, 36, 44)
 
 # The file dialog, relative to its own corners.
-_LIST_ROW = 180, 59
+_LIST_ROW = 155, 59
 _LIST_ROW_HEIGHT = 27
 _ACCEPT_FROM_END = 58, 58
 _REJECT_FROM_END = 58, 25
