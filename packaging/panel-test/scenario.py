@@ -48,6 +48,18 @@ class Surroundings:
         self.panel.switch_on()
         return self.panel
 
+    def switch_on_after_cut(self):
+        """The panel after a power cut, switched on with the card as it was left; it must start as ever."""
+        card, folder = self.panel.machine.card, self.panel.machine.folder
+        self.panel.cut_power()
+        self.panel = Panel(Machine(card, folder))
+        mark = self.panel.journal.mark()
+        self.panel.switch_on()
+        self.panel.guest.wait_until_up(400)
+        self.panel.journal.wait("Reply: VER", 300, since=mark, times=4)
+        host.wait_until(self.panel.is_ready, 60, "after the power cut the panel starts without a question")
+        return self.panel
+
     def release(self, name, **what):
         return Release(self.files, self.base.catalogue, name, **what)
 

@@ -8,8 +8,6 @@ import host
 import sticks
 from host import Failed
 from instrument import PROGRAM_ROW, another_program
-from machine import Machine
-from panel import Panel
 
 FOLDERS, FILES, FILE_SIZE = 10, 20, 300 << 10
 LIVE = "/var/lib/updater"
@@ -86,19 +84,12 @@ def cut_and_look(around, release, stick, number, after):
             raise
     process.wait(after + 10)
     cut.join()
-    return look_after(around, panel, release, stick, number)
+    return look_after(around, release, stick, number)
 
 
-def look_after(around, panel, release, stick, number):
+def look_after(around, release, stick, number):
     """What the panel is like when it is switched on again."""
-    card, folder = panel.machine.card, panel.machine.folder
-    panel.cut_power()
-    panel = around.panel = Panel(Machine(card, folder))
-    mark = panel.journal.mark()
-    panel.switch_on()
-    panel.guest.wait_until_up(400)
-    panel.journal.wait("Reply: VER", 300, since=mark, times=4)
-    host.wait_until(panel.is_ready, 60, "after the power cut the panel starts without a question")
+    panel = around.switch_on_after_cut()
     which = state_of_program(panel, release)
     left = int(panel.guest.run(f"find {LIVE} -name '.updater-copy.*' | wc -l"))
     if number % SECOND_UPDATE_EVERY == 0 and which == OLD:

@@ -51,18 +51,9 @@ def leave(panel, megabytes):
                     f"fallocate -l $((free - {megabytes}))M /filler; sync", seconds=180)
 
 
-def switch_off_and_on(around, panel):
+def switch_off_and_on(around):
     """After a power cut the panel must start as ever."""
-    from machine import Machine
-    from panel import Panel
-    card, folder = panel.machine.card, panel.machine.folder
-    panel.cut_power()
-    panel = around.panel = Panel(Machine(card, folder))
-    mark = panel.journal.mark()
-    panel.switch_on()
-    panel.guest.wait_until_up(400)
-    panel.journal.wait("Reply: VER", 300, since=mark, times=4)
-    host.wait_until(panel.is_ready, 60, "after the power cut the panel starts without a question")
+    panel = around.switch_on_after_cut()
     panel.shot("after-power-cut")
     return panel
 
@@ -81,7 +72,7 @@ def full_card(around):
     panel.shot("pop-up")
     if not panel.box() or panel.marks(range(5)):
         raise Failed("the wait pop-up must stay over an archive that does not fit, and nothing be offered")
-    panel = switch_off_and_on(around, panel)
+    panel = switch_off_and_on(around)
     return "the wait pop-up stays; after a power cut the panel starts as ever"
 
 
@@ -102,7 +93,7 @@ def full_while_copying(around):
     version = panel.guest.run("cat /var/lib/updater/updater.ver")
     if version == release.program_version:
         raise Failed("the version file says the new version after a copy that failed")
-    panel = switch_off_and_on(around, panel)
+    panel = switch_off_and_on(around)
     return f"a cross and the failure message, version {version} stays; after a power cut the panel starts as ever"
 
 
@@ -120,5 +111,5 @@ def read_only_card(around):
     if offered:
         raise Failed(f"the rows {offered} are offered from a card that takes nothing")
     seen = "the wait pop-up stays" if panel.box() else "nothing is offered"
-    panel = switch_off_and_on(around, panel)
+    panel = switch_off_and_on(around)
     return f"{seen}; after a power cut the panel starts as ever"
