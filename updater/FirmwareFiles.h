@@ -59,6 +59,7 @@ struct VersionFile
     QString version; ///< its text as it stands, a closing line break included; UnknownVersion when it was not opened
     QString fault;   ///< why it was not opened; empty when it was
 
+    /// The title says nothing to the operator; it is kept as it always was.
     Alert ErrorAlert() const { return {"test", path + ": " + fault}; }
 };
 /// Reads `folder`/`name`.ver.

@@ -54,7 +54,7 @@ MainWindow::MainWindow(QWidget* parent)
     SetUpTable();
     ui.progressBar->reset();
     ui.label_Update->setText(QString());
-    // Shown during a run; the label also while versions are read.
+    // Shown during a run; the label also by a reading of versions, which leaves it there without a text.
     ui.progressBar->hide();
     ui.label_Update->hide();
 

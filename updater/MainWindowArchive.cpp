@@ -42,7 +42,8 @@ void MainWindow::Archive()
         return;
     const FirmwareArchive archive(path);
     const QString folder = ExtractionFolder();
-    // Deliberate: for an archive whose path contains "firmware" the folder is not made here.
+    // Kept as it always was: for an archive whose path contains "firmware" the folder is not made here. If it is not
+    // there, nothing can be extracted and the pop-up stays.
     if (!path.contains("firmware"))
         QDir().mkdir(folder);
     // Deliberate: the pop-up stays open. It is the only sign that the archive cannot be unpacked.

@@ -105,7 +105,8 @@ void MainWindow::EndRun()
     ui.buttonUpdate->setText("Запустить\nобновление");
     ui.label_Update->hide();
     ui.progressBar->hide();
-    // Enables all row buttons, also those of a board that did not answer: that is how it is tried again.
+    // Enables all row buttons, also those of a board that did not answer: that is how it is tried again. (When the run
+    // started inside a reading, the reading's end sets them by the versions once more.)
     SetBusy(false);
 }
 

@@ -91,6 +91,7 @@ void MainWindow::BuildRow(int row)
     if (!CellText(row, ColumnCurrent).isEmpty())
         m_previousVerdicts.at(row) = JudgeRow(CellText(row, ColumnCurrent), CellText(row, ColumnNew));
     auto* name = new QTableWidgetItem(Board(row).Name);
+    // Grey until the row gets its first icon, which comes with an item of its own.
     name->setFlags(Qt::ItemIsSelectable | Qt::ItemNeverHasChildren);
     table->setItem(row, ColumnName, name);
     table->setItem(row, ColumnCurrent, new QTableWidgetItem);
