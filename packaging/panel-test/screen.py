@@ -37,10 +37,10 @@ def mark_area(index):
 UPDATE_ICON = (670, 530, 36, 44)
 
 # The file dialog, relative to its own corners.
-_LIST_ROW = 155, 59
-_LIST_ROW_HEIGHT = 27
-_ACCEPT_FROM_END = 58, 58
-_REJECT_FROM_END = 58, 25
+_LIST_ROW = 215, 78
+_LIST_ROW_HEIGHT = 40
+_ACCEPT_FROM_END = 59, 77
+_REJECT_FROM_END = 59, 31
 
 
 def dialog_row(dialog, index):
@@ -49,12 +49,12 @@ def dialog_row(dialog, index):
 
 def dialog_row_area(dialog, index):
     x, y = dialog_row(dialog, index)
-    return x - 30, y - 8, 100, 16
+    return x - 50, y - 10, 100, 20
 
 
 def dialog_path_area(dialog):
     """The folder's name above the list."""
-    return dialog["x"] + 130, dialog["y"] + 14, 160, 22
+    return dialog["x"] + 130, dialog["y"] + 18, 300, 26
 
 
 # What is chosen in a list has this colour behind it.
