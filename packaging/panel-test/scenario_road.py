@@ -11,15 +11,34 @@ def power_on(around):
     """switched on and left alone, it shows every version"""
     began = time.monotonic()
     panel = around.cold_panel()
-    panel.guest.wait_until_up(400)
+    window = seconds_until_window(panel, "updater", began)
     panel.journal.wait("Reply: VER", 300, times=4)
-    seconds = time.monotonic() - began
+    versions = time.monotonic() - began
     host.wait_until(panel.is_ready, 60, "the window fills the screen, every version is read, nothing stands before it")
     panel.shot("versions")
-    commands = panel.guest.run("systemctl --failed --no-legend --plain | cut -d ' ' -f 1 | paste -sd,")
-    if commands:
-        raise Failed(f"units of the system have failed: {commands}")
-    return f"every version {seconds:.0f} s after power-on"
+    failed = panel.guest.run("systemctl --failed --no-legend --plain | cut -d ' ' -f 1 | paste -sd,")
+    if failed:
+        raise Failed(f"units of the system have failed: {failed}")
+    empty = without_program(around, panel)
+    return (f"window {window:.0f} s after power-on, every version {versions:.0f} s; without the program the session's Qt window "
+            f"of three buttons {empty:.0f} s: {window / empty:.2f} and {versions / empty:.2f} times as long")
+
+
+def seconds_until_window(panel, kind, began):
+    panel.guest.wait_until_up(400)
+    host.wait_until(lambda: any(window["class"] == kind for window in panel.guest.windows() or []), 300, f"a window of {kind}")
+    return time.monotonic() - began
+
+
+def without_program(around, panel):
+    """Seconds from power-on to the menu behind the program, when the program does not start: what an empty Qt window takes."""
+    panel.guest.as_account("systemctl --user mask updater.service")
+    panel.guest.run("sync")
+    card = panel.machine.card
+    panel.cut_power()
+    began = time.monotonic()
+    panel = around.cold_panel("without-program", card=card)
+    return seconds_until_window(panel, "panel-menu", began)
 
 
 def everyday_release(around):
