@@ -15,6 +15,7 @@ WORK = ROOT / "build" / "packaging"
 RESULTS = WORK / "try-panel"
 SIMULATOR = ROOT / "build" / "release" / "simulator" / "instrument-simulator"
 FWKIT = ROOT / "build" / "release" / "fwkit" / "fwkit"
+TEXT_PICTURE = ROOT / "build" / "release" / "testkit" / "text-picture"
 FIRMWARE = Path("/usr/share/qemu-efi-aarch64/QEMU_EFI.fd")
 PACKAGES = ("qemu-system-arm", "qemu-efi-aarch64", "qemu-utils", "mtools", "dosfstools", "e2fsprogs", "openssh-client")
 
@@ -43,7 +44,7 @@ def run(*command, **options):
 
 def prepare_tools():
     script = (f"source '{ROOT}/scripts/prepare' && install_packages {' '.join(PACKAGES)} && "
-              "build_preset release instrument-simulator fwkit")
+              "build_preset release instrument-simulator fwkit text-picture")
     say("Packages, simulated instrument and fwkit")
     log = WORK / "try-panel-build.log"
     WORK.mkdir(parents=True, exist_ok=True)

@@ -2,6 +2,7 @@
 
 from scenario_clock import clock
 from scenario_crash import crash
+from scenario_history import history
 from scenario_network import network
 from scenario_power import power
 from scenario_road import power_on, road
@@ -13,12 +14,13 @@ from scenario_upgrade import upgrade
 SCENARIOS = {
     "power-on": power_on,
     "road": road,
-    "power": power,
+    "history": history,
     "crash": crash,
-    "network": network,
-    "stick": stick,
     "touch": touch,
+    "stick": stick,
     "small": small,
     "clock": clock,
     "upgrade": upgrade,
+    "network": network,
+    "power": power,
 }
