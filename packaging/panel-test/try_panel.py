@@ -19,11 +19,14 @@ def arguments():
         "fingers, and checks what comes of it. Pictures, journal and card of each scenario are left in "
         f"{host.RESULTS.relative_to(host.ROOT)}. Without a name all scenarios are played.",
         epilog="Scenarios: " + "; ".join(f"{name}: {function.__doc__.strip()}" for name, function in SCENARIOS.items()))
-    parser.add_argument("scenario", nargs="*", choices=[[], *SCENARIOS], metavar="SCENARIO")
+    parser.add_argument("scenario", nargs="*", metavar="SCENARIO")
     parser.add_argument("--image", type=Path, default=IMAGE, help="the card; default: %(default)s, made by build-image if missing")
     parser.add_argument("--key", type=Path, default=KEY, help="private key that may log in as root; default: %(default)s")
     parser.add_argument("--cuts", type=int, default=24, metavar="N", help="moments of the scenario power; default: %(default)s")
     options = parser.parse_args()
+    for name in options.scenario:
+        if name not in SCENARIOS:
+            parser.error(f"\"{name}\" is no scenario: there are {', '.join(SCENARIOS)}")
     # qemu-img would look for a relative path beside the card that lies over the image.
     options.image = options.image.resolve()
     return options
