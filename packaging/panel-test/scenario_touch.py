@@ -1,5 +1,6 @@
 """Fingers: every control, dragging, a second finger, a long press."""
 
+import json
 import time
 
 import host
@@ -8,8 +9,10 @@ import sticks
 from cases import play_cases
 from host import Failed
 from instrument import FIRMWARE
+from scenario_crash import come_back
 
 LISTED = 60
+CATALOGUE = "/var/lib/updater/updater.json"
 
 
 def touch(around):
@@ -24,6 +27,7 @@ def touch(around):
         ("file dialog cancelled", lambda: file_dialog(panel, stick)),
         ("marks, stop, update", lambda: marks_and_stop(around, panel, release)),
         ("a list of archives dragged", lambda: dragged_list(around, release)),
+        ("a long table dragged", lambda: dragged_table(around)),
     ])
 
 
@@ -118,4 +122,23 @@ def dragged_list(around, release):
     if not panel.dialog():
         raise Failed("dragging the list closed the dialog")
     panel.tap(screen.dialog_reject(dialog))
+    return "it moves"
+
+
+def dragged_table(around):
+    """A catalogue with more modules than the window has rows for."""
+    panel = around.panel_that_waits("table")
+    catalogue = json.loads(panel.guest.run(f"cat {CATALOGUE}"))
+    boards = catalogue["Devices"][-1]["Boards"]
+    boards += [boards[-1] | {"Name": f"Ещё одна программа {number}"} for number in range(1, 13)]
+    panel.guest.put(CATALOGUE, json.dumps(catalogue).encode(), owner="orangepi")
+    panel.tap(screen.CLOSE)
+    host.wait_until(lambda: panel.guest.program() == 0, 30, "the program has ended after \"Закрыть\"")
+    come_back(panel, "table")
+    before = panel.shot("before")
+    panel.drag((300, 420), (300, 220))
+    time.sleep(3)
+    after = panel.shot("after")
+    if after.part(screen.FIRST_NAME) == before.part(screen.FIRST_NAME):
+        raise Failed("the table does not follow the finger")
     return "it moves"

@@ -34,6 +34,9 @@ def mark_area(index):
     return 961 - _ICON_SIZE // 2, _row(index) - _ICON_SIZE // 2, _ICON_SIZE, _ICON_SIZE
 
 
+# What the first row has as its name.
+FIRST_NAME = (20, _FIRST_ROW - 14, 300, 28)
+
 UPDATE_ICON = (670, 530, 36, 44)
 
 # The file dialog, relative to its own corners.
