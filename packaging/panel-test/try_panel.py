@@ -22,7 +22,8 @@ def arguments():
     parser.add_argument("scenario", nargs="*", metavar="SCENARIO")
     parser.add_argument("--image", type=Path, default=IMAGE, help="the card; default: %(default)s, made by build-image if missing")
     parser.add_argument("--key", type=Path, default=KEY, help="private key that may log in as root; default: %(default)s")
-    parser.add_argument("--cuts", type=int, default=20, metavar="N", help="moments of the scenario power besides the question; default: %(default)s")
+    parser.add_argument("--cuts", type=int, default=20, metavar="N",
+                        help="moments of the scenario power besides the question; default: %(default)s")
     options = parser.parse_args()
     for name in options.scenario:
         if name not in SCENARIOS:
